@@ -1,0 +1,60 @@
+#include "ratio_reporter.h"
+
+#include <cstdio>
+#include <map>
+#include <vector>
+
+namespace qmbench {
+
+namespace {
+
+struct Ratio {
+    std::string label, numerator, denominator, target;
+};
+
+std::vector<Ratio>& Ratios() {
+    static std::vector<Ratio> ratios;
+    return ratios;
+}
+
+// Keeps the console output and remembers each run's time per iteration (in nanoseconds).
+class RecordingReporter : public benchmark::ConsoleReporter {
+public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs)
+            if (run.run_type == Run::RT_Iteration && run.iterations > 0)
+                times[run.benchmark_name()] = run.GetAdjustedRealTime() *
+                                              benchmark::GetTimeUnitMultiplier(benchmark::kNanosecond) /
+                                              benchmark::GetTimeUnitMultiplier(run.time_unit);
+        ConsoleReporter::ReportRuns(runs);
+    }
+    std::map<std::string, double> times;
+};
+
+}  // namespace
+
+void AddRatio(const std::string& label, const std::string& numerator, const std::string& denominator,
+              const std::string& target) {
+    Ratios().push_back({label, numerator, denominator, target});
+}
+
+int RunAndReport(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    RecordingReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    std::printf("\n");
+    for (const Ratio& r : Ratios()) {
+        auto n = reporter.times.find(r.numerator), d = reporter.times.find(r.denominator);
+        if (n == reporter.times.end() || d == reporter.times.end() || d->second <= 0) {
+            std::printf("ratio %s: not measured (%s / %s)\n", r.label.c_str(), r.numerator.c_str(), r.denominator.c_str());
+            continue;
+        }
+        std::printf("ratio %s: %.3f   [%s / %s]   target: %s\n", r.label.c_str(), n->second / d->second,
+                    r.numerator.c_str(), r.denominator.c_str(), r.target.c_str());
+    }
+    benchmark::Shutdown();
+    return 0;
+}
+
+}  // namespace qmbench

@@ -1,0 +1,48 @@
+// Test helpers: capture what the library reports through its assertion and trace sinks, and
+// pin the locale and resource settings that would otherwise come from the machine.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "utils/common/CVLogger.h"
+
+namespace qmtest {
+
+struct AssertReport {
+    std::string expression;
+    std::string module;
+    int line;
+};
+
+// Installs a recording assertion sink for its lifetime (and restores the previous one).
+class RecordingAssertSink {
+public:
+    RecordingAssertSink();
+    ~RecordingAssertSink();
+    RecordingAssertSink(const RecordingAssertSink&) = delete;
+    RecordingAssertSink& operator=(const RecordingAssertSink&) = delete;
+
+    const std::vector<AssertReport>& Reports() const;
+    // The reported expression texts, in order.
+    std::vector<std::string> Expressions() const;
+    void Clear();
+
+private:
+    CvAssertSink m_previous;
+};
+
+// Installs a recording trace sink for its lifetime.
+class RecordingTraceSink {
+public:
+    RecordingTraceSink();
+    ~RecordingTraceSink();
+    RecordingTraceSink(const RecordingTraceSink&) = delete;
+    RecordingTraceSink& operator=(const RecordingTraceSink&) = delete;
+    std::string Text() const;
+
+private:
+    CvTraceSink m_previous;
+};
+
+}  // namespace qmtest

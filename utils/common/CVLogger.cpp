@@ -1,0 +1,45 @@
+#include "utils/common/CVLogger.h"
+
+#include <atomic>
+#include <cstdarg>
+#include <cstdio>
+#include <string>
+
+#include "utils/platform/debugout.h"
+
+namespace {
+
+void DefaultAssertSink(const char* expression, const char* sourceModule, int line) {
+    char text[1024];
+    std::snprintf(text, sizeof text, "%s(%d): assertion failed: %s\n", sourceModule ? sourceModule : "?", line,
+                  expression ? expression : "");
+    qm::platform::WriteDebugOutput(text);
+}
+
+void DefaultTraceSink(const char* text) { qm::platform::WriteDebugOutput(text); }
+
+std::atomic<CvAssertSink> g_assertSink{&DefaultAssertSink};
+std::atomic<CvTraceSink> g_traceSink{&DefaultTraceSink};
+
+}  // namespace
+
+void _cvassert_(const char* expression, const char* sourceModule, int line) {
+    g_assertSink.load()(expression, sourceModule, line);
+}
+
+void _cvtrace_(const char* format, ...) {
+    if (!format) return;
+    va_list args, probe;
+    va_start(args, format);
+    va_copy(probe, args);
+    int n = std::vsnprintf(nullptr, 0, format, probe);
+    va_end(probe);
+    std::string text(n > 0 ? (size_t)n : 0, '\0');
+    if (n > 0) std::vsnprintf(&text[0], (size_t)n + 1, format, args);
+    va_end(args);
+    g_traceSink.load()(text.c_str());
+}
+
+CvAssertSink SetCvAssertSink(CvAssertSink sink) { return g_assertSink.exchange(sink ? sink : &DefaultAssertSink); }
+
+CvTraceSink SetCvTraceSink(CvTraceSink sink) { return g_traceSink.exchange(sink ? sink : &DefaultTraceSink); }

@@ -1,0 +1,188 @@
+#include "utils/framework/COleDateTime.h"
+
+#include <cmath>
+
+#include "utils/framework/CTime.h"
+
+namespace {
+
+constexpr double kMinDate = -657434.0;              // 1 January 100
+constexpr double kMaxDate = 2958465.99999999;       // 31 December 9999, end of day
+constexpr double kHalfSecond = 1.0 / 172800.0;
+constexpr long kDaysTo18991230 = 693594;            // day number of 30 Dec 1899, 1 Jan 1 = day 1
+
+bool IsLeapYear(long y) { return (y % 4 == 0 && y % 100 != 0) || y % 400 == 0; }
+
+int DaysInMonth(long y, int m) {
+    static const int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    return m == 2 && IsLeapYear(y) ? 29 : kDays[m - 1];
+}
+
+// Proleptic Gregorian day number (1 January of year 1 is day 1) and its inverse.
+long DayNumber(long y, int m, int d) {
+    y -= m <= 2;
+    long era = (y >= 0 ? y : y - 399) / 400;
+    long yoe = y - era * 400;
+    long doy = (153 * (m + (m > 2 ? -3 : 9)) + 2) / 5 + d - 1;
+    long doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
+    return era * 146097 + doe - 306;
+}
+
+void CivilFromDayNumber(long n, long& y, int& m, int& d) {
+    long z = n + 305;
+    long era = (z >= 0 ? z : z - 146096) / 146097;
+    long doe = z - era * 146097;
+    long yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
+    long doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
+    long mp = (5 * doy + 2) / 153;
+    d = (int)(doy - (153 * mp + 2) / 5 + 1);
+    m = (int)(mp < 10 ? mp + 3 : mp - 9);
+    y = yoe + era * 400 + (m <= 2);
+}
+
+}  // namespace
+
+namespace qm::oledate {
+
+bool ToFields(DATE dt, SYSTEMTIME& st) noexcept {
+    if (!(dt >= kMinDate && dt <= kMaxDate)) return false;  // also rejects NaN
+    // Round to the nearest second away from the epoch, then split into the day and the time of
+    // day; the time of day is the fraction's magnitude, also for negative values.
+    double rounded = dt + (dt > 0.0 ? kHalfSecond : -kHalfSecond);
+    long days = (long)rounded;
+    double magnitude = std::fabs(rounded);
+    long secs = (long)((magnitude - std::floor(magnitude)) * 86400.0);
+    if (secs >= 86400) secs = 86399;
+    long y;
+    int m, d;
+    CivilFromDayNumber(days + kDaysTo18991230, y, m, d);
+    st.wYear = (WORD)y;
+    st.wMonth = (WORD)m;
+    st.wDay = (WORD)d;
+    st.wDayOfWeek = (WORD)(((days + kDaysTo18991230) % 7 + 7) % 7);  // day 1 was a Monday
+    st.wHour = (WORD)(secs / 3600);
+    st.wMinute = (WORD)(secs / 60 % 60);
+    st.wSecond = (WORD)(secs % 60);
+    st.wMilliseconds = 0;
+    return true;
+}
+
+bool FromFields(const SYSTEMTIME& st, DATE& dt) noexcept {
+    if (st.wYear < 100 || st.wYear > 9999 || st.wMonth < 1 || st.wMonth > 12) return false;
+    if (st.wDay < 1 || st.wDay > DaysInMonth(st.wYear, st.wMonth)) return false;
+    if (st.wHour > 23 || st.wMinute > 59 || st.wSecond > 59) return false;
+    long days = DayNumber(st.wYear, st.wMonth, st.wDay) - kDaysTo18991230;
+    double time = (st.wHour * 3600L + st.wMinute * 60L + st.wSecond) / 86400.0;
+    dt = (double)days + (days >= 0 ? time : -time);
+    return true;
+}
+
+}  // namespace qm::oledate
+
+COleDateTimeSpan::COleDateTimeSpan(LONG lDays, int nHours, int nMins, int nSecs) noexcept
+    : m_span(lDays + ((double)nHours * 3600 + (double)nMins * 60 + nSecs) / 86400.0), m_status(valid) {}
+
+COleDateTime COleDateTime::GetCurrentTime() noexcept { return COleDateTime(qm::crt::Time64()); }
+
+COleDateTime::COleDateTime(int y, int mo, int d, int h, int mi, int s) noexcept : m_dt(0), m_status(valid) {
+    SetDateTime(y, mo, d, h, mi, s);
+}
+
+COleDateTime::COleDateTime(const SYSTEMTIME& st) noexcept : m_dt(0), m_status(valid) {
+    SetDateTime(st.wYear, st.wMonth, st.wDay, st.wHour, st.wMinute, st.wSecond);
+}
+
+COleDateTime::COleDateTime(__int64 timeSrc) noexcept : m_dt(0), m_status(valid) {
+    struct tm t {};
+    if (!qm::crt::LocalTime64(timeSrc, &t)) {
+        m_status = invalid;
+        return;
+    }
+    SetDateTime(t.tm_year + 1900, t.tm_mon + 1, t.tm_mday, t.tm_hour, t.tm_min, t.tm_sec);
+}
+
+int COleDateTime::SetDateTime(int y, int mo, int d, int h, int mi, int s) noexcept {
+    SYSTEMTIME st{};
+    bool inWordRange = y >= 0 && y <= 0xFFFF && mo >= 0 && mo <= 0xFFFF && d >= 0 && d <= 0xFFFF &&
+                       h >= 0 && h <= 0xFFFF && mi >= 0 && mi <= 0xFFFF && s >= 0 && s <= 0xFFFF;
+    if (inWordRange) {
+        st.wYear = (WORD)y; st.wMonth = (WORD)mo; st.wDay = (WORD)d;
+        st.wHour = (WORD)h; st.wMinute = (WORD)mi; st.wSecond = (WORD)s;
+    }
+    DATE dt = 0;
+    SYSTEMTIME back{};
+    bool ok = inWordRange && qm::oledate::FromFields(st, dt) && qm::oledate::ToFields(dt, back) &&
+              back.wYear == st.wYear && back.wMonth == st.wMonth && back.wDay == st.wDay &&
+              back.wHour == st.wHour && back.wMinute == st.wMinute && back.wSecond == st.wSecond;
+    m_dt = ok ? dt : 0;
+    m_status = ok ? valid : invalid;
+    return ok ? 0 : 1;
+}
+
+bool COleDateTime::GetAsSystemTime(SYSTEMTIME& st) const noexcept {
+    return m_status == valid && qm::oledate::ToFields(m_dt, st);
+}
+
+int COleDateTime::GetYear() const noexcept { SYSTEMTIME st; return GetAsSystemTime(st) ? st.wYear : AFX_OLE_DATETIME_ERROR; }
+int COleDateTime::GetMonth() const noexcept { SYSTEMTIME st; return GetAsSystemTime(st) ? st.wMonth : AFX_OLE_DATETIME_ERROR; }
+int COleDateTime::GetDay() const noexcept { SYSTEMTIME st; return GetAsSystemTime(st) ? st.wDay : AFX_OLE_DATETIME_ERROR; }
+int COleDateTime::GetHour() const noexcept { SYSTEMTIME st; return GetAsSystemTime(st) ? st.wHour : AFX_OLE_DATETIME_ERROR; }
+int COleDateTime::GetMinute() const noexcept { SYSTEMTIME st; return GetAsSystemTime(st) ? st.wMinute : AFX_OLE_DATETIME_ERROR; }
+int COleDateTime::GetSecond() const noexcept { SYSTEMTIME st; return GetAsSystemTime(st) ? st.wSecond : AFX_OLE_DATETIME_ERROR; }
+
+int COleDateTime::GetDayOfWeek() const noexcept {
+    SYSTEMTIME st;
+    return GetAsSystemTime(st) ? st.wDayOfWeek + 1 : AFX_OLE_DATETIME_ERROR;
+}
+
+int COleDateTime::GetDayOfYear() const noexcept {
+    SYSTEMTIME st;
+    if (!GetAsSystemTime(st)) return AFX_OLE_DATETIME_ERROR;
+    return (int)(DayNumber(st.wYear, st.wMonth, st.wDay) - DayNumber(st.wYear, 1, 1) + 1);
+}
+
+double COleDateTime::Ordinal() const noexcept {
+    double days = std::trunc(m_dt);
+    return m_dt >= 0 ? m_dt : days - (m_dt - days);  // -1.25 (29 Dec, 06:00) lies at -0.75
+}
+
+namespace {
+DATE FromOrdinal(double ordinal) {
+    if (ordinal >= 0) return ordinal;
+    double days = std::floor(ordinal);
+    return days - (ordinal - days);
+}
+}  // namespace
+
+COleDateTime COleDateTime::operator+(COleDateTimeSpan s) const noexcept {
+    COleDateTime r;
+    if (m_status != valid || s.m_status != COleDateTimeSpan::valid) { r.m_status = invalid; return r; }
+    r.m_dt = FromOrdinal(Ordinal() + s.m_span);
+    return r;
+}
+
+COleDateTime COleDateTime::operator-(COleDateTimeSpan s) const noexcept { return *this + COleDateTimeSpan(-s.m_span); }
+
+COleDateTimeSpan COleDateTime::operator-(const COleDateTime& d) const noexcept {
+    COleDateTimeSpan r(Ordinal() - d.Ordinal());
+    if (m_status != valid || d.m_status != valid) r.m_status = COleDateTimeSpan::invalid;
+    return r;
+}
+
+CString COleDateTime::Format(const char* pFormat) const {
+    SYSTEMTIME st;
+    if (!pFormat || !GetAsSystemTime(st)) return CString();
+    struct tm t {};
+    t.tm_year = st.wYear - 1900;
+    t.tm_mon = st.wMonth - 1;
+    t.tm_mday = st.wDay;
+    t.tm_hour = st.wHour;
+    t.tm_min = st.wMinute;
+    t.tm_sec = st.wSecond;
+    t.tm_wday = st.wDayOfWeek;
+    t.tm_yday = GetDayOfYear() - 1;
+    t.tm_isdst = -1;
+    char buf[512];
+    size_t n = std::strftime(buf, sizeof buf, pFormat, &t);
+    return CString(buf, (int)n);
+}

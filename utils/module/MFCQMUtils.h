@@ -1,0 +1,18 @@
+// The module's application object and its operating-system version record.
+#pragma once
+
+#include "utils/framework/CWinApp.h"
+#include "utils/framework/wintypes.h"
+
+class MFCQMUTILS_API CMFCQMUtilsApp : public CWinApp {
+public:
+    CMFCQMUtilsApp();
+    ~CMFCQMUtilsApp() override;
+    // Fills the version record: cleared, size 148, then GetVersionExA; always TRUE.
+    BOOL InitInstance() override;
+};
+
+// The application object, constructed when the module is loaded.
+MFCQMUTILS_API CMFCQMUtilsApp& GetMFCQMUtilsApp();
+// The version record filled at load time (read-only afterwards).
+MFCQMUTILS_API const OSVERSIONINFOA& GetModuleOSVersion();
