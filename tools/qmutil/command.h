@@ -13,11 +13,14 @@ struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// A command is either a whole family ("date", action nullptr) or one action of a family
+// that several files share ("text" + "links"); "qmutil text links FILE" runs the latter.
 struct Command {
     const char* name;      // "date"
+    const char* action;    // "links", or nullptr when the command takes no action word
     const char* summary;   // one line for the command list
     const char* help;      // full usage text for "qmutil <name> --help"
-    int (*run)(const std::vector<std::string>& args);  // args after the command name
+    int (*run)(const std::vector<std::string>& args);  // args after the command (and action) word
     void (*tour)();        // shows the family on built-in sample data
     int tourOrder;         // position in the tour
 };

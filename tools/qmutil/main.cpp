@@ -51,7 +51,10 @@ namespace {
 void PrintUsage(FILE* out) {
     std::fprintf(out, "usage: qmutil <command> [arguments]   (qmutil <command> --help for details)\n\ncommands:\n");
     std::fprintf(out, "  %-10s %s\n", "tour", "run every family on built-in sample data");
-    for (const qmutil::Command& c : qmutil::Commands()) std::fprintf(out, "  %-10s %s\n", c.name, c.summary);
+    for (const qmutil::Command& c : qmutil::Commands()) {
+        std::string name = std::string(c.name) + (c.action ? std::string(" ") + c.action : "");
+        std::fprintf(out, "  %-18s %s\n", name.c_str(), c.summary);
+    }
 }
 
 int RunTour() {
@@ -61,7 +64,7 @@ int RunTour() {
     std::printf("A tour of MFCQMUtils: each step shows a command and what it prints.\n");
     for (const qmutil::Command& c : ordered) {
         if (!c.tour) continue;
-        std::printf("\n== %s: %s ==\n", c.name, c.summary);
+        std::printf("\n== %s%s%s: %s ==\n", c.name, c.action ? " " : "", c.action ? c.action : "", c.summary);
         c.tour();
     }
     return 0;
@@ -79,15 +82,29 @@ int main(int argc, char** argv) {
     std::vector<std::string> args(argv + 2, argv + argc);
     try {
         if (name == "tour") return RunTour();
+        bool known = false;
         for (const qmutil::Command& c : qmutil::Commands()) {
             if (name != c.name) continue;
-            if (!args.empty() && (args[0] == "--help" || args[0] == "-h")) {
+            known = true;
+            std::vector<std::string> rest = args;
+            if (c.action) {
+                if (args.empty() || args[0] != c.action) continue;
+                rest.erase(rest.begin());
+            }
+            if (!rest.empty() && (rest[0] == "--help" || rest[0] == "-h")) {
                 std::printf("%s", c.help);
                 return 0;
             }
-            return c.run(args);
+            return c.run(rest);
         }
-        throw qmutil::UsageError("unknown command '" + name + "' (see qmutil --help)");
+        if (!known) throw qmutil::UsageError("unknown command '" + name + "' (see qmutil --help)");
+        if (!args.empty() && (args[0] == "--help" || args[0] == "-h")) {
+            for (const qmutil::Command& c : qmutil::Commands())
+                if (name == c.name) std::printf("%s", c.help);
+            return 0;
+        }
+        throw qmutil::UsageError("unknown or missing action for '" + name + "'" +
+                                 (args.empty() ? std::string() : " ('" + args[0] + "')") + " (see qmutil " + name + " --help)");
     } catch (const qmutil::UsageError& e) {
         std::fprintf(stderr, "qmutil: %s\n", e.what());
         return 2;

@@ -15,6 +15,7 @@
 #define NOMINMAX
 #endif
 #include <windows.h>
+#include <wtypes.h>  // DATE, SCODE
 // The framework's CTime::GetCurrentTime would otherwise be renamed to GetTickCount.
 #undef GetCurrentTime
 #else
