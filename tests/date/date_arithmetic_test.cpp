@@ -254,10 +254,10 @@ TEST(DateArithmetic, AddMonthBackAcrossAYearIsRefused) {
     d.AddMonth(-5);
     EXPECT_EQ(d, CDate(2001, 3, 15));
     EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"m >= 1 && m <= 12"});
-    CDate far(2001, 3, 15);
-    far.AddMonth(2147483647);  // no overflow: the year field simply wraps
-    EXPECT_TRUE(far.GetMonth() >= 1 && far.GetMonth() <= 12);
-    far.AddMonth(-2147483647 - 1);
+    CDate distant(2001, 3, 15);
+    distant.AddMonth(2147483647);  // no overflow: the year field simply wraps
+    EXPECT_TRUE(distant.GetMonth() >= 1 && distant.GetMonth() <= 12);
+    distant.AddMonth(-2147483647 - 1);
     EXPECT_EQ(sink.Reports().size(), 2u);
 }
 
