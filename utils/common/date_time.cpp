@@ -87,7 +87,7 @@ int DayOfNthDOW(int year, int month, int n, int dayOfWeek) {
     // ends: the fifth occurrence falls back to the fourth once, and for n = 10 the test value
     // drops by 7 on every pass while the limit (a month length) stays fixed.
     for (;;) {
-        long long day = dayOfWeek + 1 + 7 * k - w1;
+        long long day = (long long)dayOfWeek + 1 + 7 * k - w1;
         if (w1 <= dayOfWeek) day -= 7;
         if (k == 5 && day > limit) {
             k = 4;
