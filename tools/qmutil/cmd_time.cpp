@@ -31,8 +31,10 @@ const char kHelp[] =
     "                               Saturday); n is 1..5, 9 (last) or 10; year from 1900\n"
     "  span                         microseconds taken by one reading of the stopwatch\n"
     "\n"
-    "Local times follow the TZ setting. The scale arithmetic is unsigned and wraps outside\n"
-    "the range both scales can hold, as the library's does.\n";
+    "Local times follow the TZ setting. The 'local (ole)' line goes through file times, which\n"
+    "apply today's UTC offset to every instant; the CTime line uses the offset the instant\n"
+    "itself had. The scale arithmetic is unsigned and wraps outside the range both scales\n"
+    "can hold, as the library's does.\n";
 
 const std::int64_t kSecondsFrom1601To1970 = 11644473600LL;
 
