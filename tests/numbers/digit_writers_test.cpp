@@ -6,6 +6,7 @@
 #include <string>
 
 #include "utils/common/utils_numbers.h"
+#include "utils/platform/locale.h"
 
 namespace {
 
@@ -131,6 +132,47 @@ TEST(Numstrx, UpperCaseHexWithoutSign) {
     }
     EXPECT_EQ(RunNumstrx(0x1F, 0).text, "");
     EXPECT_EQ(RunNumstrx(0x1F, -1).advance, 0);
+}
+
+}  // namespace
+
+namespace {
+
+TEST(NumstrFormatted, GroupsOnlyFromOneThousandUp) {
+    struct Case {
+        LONG value;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {0, "0"},
+        {7, "7"},
+        {999, "999"},
+        {1000, "1,000"},
+        {1001, "1,001"},
+        {99999, "99,999"},
+        {100000, "100,000"},
+        {1234567, "1,234,567"},
+        {2147483647, "2,147,483,647"},
+        // Negative numbers are never grouped.
+        {-5000, "-5000"},
+        {-12345, "-12345"},
+        {-1, "-1"},
+        {INT32_MIN, "-2147483648"},
+    };
+    for (const Case& c : cases) {
+        CString out = "stale";
+        CString& ret = numstr_formatted(c.value, out);
+        EXPECT_EQ(&ret, &out);
+        EXPECT_EQ(out, c.expected) << c.value;
+    }
+}
+
+TEST(NumstrFormatted, GroupSeparatorIgnoresTheLocale) {
+    qm::platform::PinLocaleInfo(LOCALE_STHOUSAND, ".");
+    CString out;
+    numstr_formatted(1234567, out);
+    qm::platform::PinLocaleToEnglishUS();
+    EXPECT_EQ(out, "1,234,567");
 }
 
 }  // namespace

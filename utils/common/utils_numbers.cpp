@@ -428,6 +428,10 @@ double StrToDouble(const CString& s, int& decimals) {
     }
     // A multi-character (or unreadable) locale separator replaces nothing.
     if (sep && sep != '.') copy.Replace(sep, '.');
+    // The decimals are every character after the first point of the text as passed: trailing
+    // blanks and a trailing currency mark count as decimals (deliberate), while a leading
+    // currency mark or blanks, being before the point, do not ("$12.50" has 2).
+    int point = copy.Find('.');
     copy.Trim();
     if (!copy.IsEmpty()) {
         char first = copy[0], last = copy[copy.GetLength() - 1];
@@ -446,9 +450,6 @@ double StrToDouble(const CString& s, int& decimals) {
     // An embedded NUL is not white space, so text after one also makes the number invalid.
     for (const char* p = stop; p < end; ++p)
         if (!_ismbcspace((unsigned char)*p)) return kInvalid;
-    int point = copy.Find('.');
-    // The length as the caller passed it, untrimmed: surrounding blanks and a removed trailing
-    // currency mark count as decimals (deliberate).
     if (point >= 0) decimals = s.GetLength() - point - 1;
     return value;
 }
