@@ -95,6 +95,7 @@ struct FltCase {
 TEST(Fltstr, RuntimeSignificantDigitForm) {
     const FltCase cases[] = {
         {1.0, 10, "1."},  // whole numbers keep the point
+        {-3.1415e5, 7, "-314150."},
         {1.0, 1, "1"},    // ... unless no decimal place is left
         {0.0, 5, "0."},
         {1.5, 1, "2"},
@@ -135,10 +136,11 @@ TEST(Fltstr, DigitCountsTheBufferCannotHoldGiveEmptyText) {
     out = "stale";
     EXPECT_EQ(fltstr(1.0, 24, out), "");  // "1." and 23 zeros would need 26 characters
     EXPECT_EQ(fltstr(1e10, 17, out), "10000000000.");
-    char small[6];
-    EXPECT_EQ(qm::FormatGcvt(123.25, 5, small, (int)sizeof small), 34);
+    char small[7];
+    EXPECT_EQ(qm::FormatGcvt(123.25, 5, small, 6), 34);
     EXPECT_STREQ(small, "");
     EXPECT_EQ(qm::FormatGcvt(123.25, 5, small, 7), 0);  // "123.25" fits 7 with its NUL
+    EXPECT_STREQ(small, "123.25");
 }
 
 TEST(Fltstr, InfinityAndNanUseTheRuntimePseudoDigits) {
