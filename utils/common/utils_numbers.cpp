@@ -41,16 +41,15 @@ char* numstr(LONG v, char* buf, int width) {
     if (width <= 0) return buf;
     char* end = buf + width;
     char* q = end;
-    while (q - buf >= 2 && mag >= 10) {
+    // Two digits per step over the whole field: once the value is used up the pairs are
+    // "00", which is the zero padding, without a separate pass.
+    while (q - buf >= 2) {
         DWORD pair = mag % 100;
         mag /= 100;
         q -= 2;
         std::memcpy(q, kDigitPairs + 2 * pair, 2);
     }
-    if (q > buf && mag != 0) {
-        *--q = (char)('0' + mag % 10);
-    }
-    if (q > buf) std::memset(buf, '0', (size_t)(q - buf));
+    if (q > buf) *--q = (char)('0' + mag % 10);
     return end;
 }
 
