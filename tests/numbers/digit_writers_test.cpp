@@ -94,16 +94,6 @@ TEST(Numstr, ZeroOrNegativeWidthWritesOnlyTheSign) {
     EXPECT_TRUE(RunNumstr(123, -3).guardIntact);
 }
 
-TEST(Numstr, ConsecutiveCallsBuildARecord) {
-    char buf[16] = {};
-    char* p = numstr(2024, buf, 4);
-    *p++ = '-';
-    p = numstr(3, p, 2);
-    *p++ = '-';
-    p = numstr(9, p, 2);
-    EXPECT_EQ(std::string(buf, (size_t)(p - buf)), "2024-03-09");
-}
-
 struct HexCase {
     DWORD value;
     int width;
