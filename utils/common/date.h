@@ -122,3 +122,5 @@ private:
 
     DWORD m_word;
 };
+
+#include "utils/common/date_text.h"
