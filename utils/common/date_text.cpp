@@ -36,9 +36,10 @@ CString WinDateTime::timeFormat;
 namespace {
 
 // The English names used by CDate::Format whatever the locale: weekday w (0 = Sunday) is
-// entry w, month m is entry 6 + m.
+// entry w, month m is entry 6 + m. Each name sits in a 16-byte slot so that Format can copy a
+// whole slot with one fixed-size move and then advance by the name's length.
 struct Name {
-    const char* text;
+    char text[16];
     int length;
 };
 const Name kNames[19] = {
@@ -318,10 +319,24 @@ CString CDate::Format(const char* fmt) const {
         std::memcpy(out, text, (size_t)length);
         out += length;
     };
+    // Names and numbers are written straight into the buffer while a whole slot fits (the
+    // common case); only at the very end of the buffer do they go through the cutting put().
+    auto putName = [&](const Name& n, int length) {
+        if (end - out >= (long)sizeof n.text) {
+            std::memcpy(out, n.text, sizeof n.text);
+            out += length;
+        } else {
+            put(n.text, length);
+        }
+    };
     auto putNumber = [&](long v, int width) {
-        char digits[16];
-        char* e = numstr((LONG)v, digits, width);
-        put(digits, (int)(e - digits));
+        if (end - out >= 16) {
+            out = numstr((LONG)v, out, width);
+        } else {
+            char digits[16];
+            char* e = numstr((LONG)v, digits, width);
+            put(digits, (int)(e - digits));
+        }
     };
 
     const int year = GetYear(), month = GetMonth(), day = GetDay();
@@ -351,10 +366,10 @@ CString CDate::Format(const char* fmt) const {
         ++p;
         switch (code) {
             case '%': put("%", 1); break;
-            case 'A': { const Name& n = kNames[getWeekday()]; put(n.text, n.length); break; }
-            case 'a': put(kNames[getWeekday()].text, 3); break;
-            case 'B': { const Name& n = kNames[6 + month]; put(n.text, n.length); break; }
-            case 'b': put(kNames[6 + month].text, 3); break;
+            case 'A': { const Name& n = kNames[getWeekday()]; putName(n, n.length); break; }
+            case 'a': putName(kNames[getWeekday()], 3); break;
+            case 'B': { const Name& n = kNames[6 + month]; putName(n, n.length); break; }
+            case 'b': putName(kNames[6 + month], 3); break;
             case 'd': putNumber(day, 2); break;
             case 'D': putNumber(day, day < 10 ? 1 : 2); break;
             case 'm': putNumber(month, 2); break;
