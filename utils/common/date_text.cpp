@@ -401,16 +401,18 @@ CString CDate::AsString(int longForm) const { return WinDateTime::GetDate(*this,
 CDate::operator CString() const { return WinDateTime::GetDate(*this, 0); }
 
 // The search steps one character past each position where no date in the range starts, so
-// it always ends. A null p finds nothing.
-long CDate::FindDate(const char*& p, CDate from, CDate to) {
+// it always ends. A null p finds nothing; a date whose offset would not fit the 32-bit result
+// is not reported.
+LONG CDate::FindDate(const char*& p, CDate from, CDate to) {
     if (!p) return -1;
     const char* const start = p;
     SkipToDigit(p);
     if (!*p) return -1;
     for (;;) {
         const char* at = p;
+        if (at - start > 0x7FFFFFFF) return -1;
         CDate found = WinDateTime::ScanDate(p);
-        if (!found.IsNull() && found.InRange(from, to)) return (long)(at - start);
+        if (!found.IsNull() && found.InRange(from, to)) return (LONG)(at - start);
         p = at;
         if (*p) ++p;
         SkipToDigit(p);
