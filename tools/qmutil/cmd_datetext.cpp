@@ -9,8 +9,13 @@
 
 namespace {
 
-// "YYYY-MM-DD" (the year may have 1 to 5 digits) as a valid date.
+// "YYYY-MM-DD" (the year may have 1 to 5 digits) as a valid date, or "today" (UTC).
 CDate ParseIsoDate(const std::string& text, const char* what) {
+    if (text == "today") {
+        CDate today;
+        today.SetToday();
+        return today;
+    }
     int y = 0, m = 0, d = 0;
     size_t i = 0, digits = 0;
     auto number = [&](int& out, size_t maxDigits) {
@@ -25,7 +30,7 @@ CDate ParseIsoDate(const std::string& text, const char* what) {
               text[i++] == '-' && number(d, 2) && i == text.size() && y <= 32767;
     CDate date(y, m, d);
     if (!ok || !date.IsValid())
-        throw qmutil::UsageError(std::string("invalid ") + what + " '" + text + "' (expected a date YYYY-MM-DD)");
+        throw qmutil::UsageError(std::string("invalid ") + what + " '" + text + "' (expected a date YYYY-MM-DD or 'today')");
     return date;
 }
 
@@ -90,14 +95,20 @@ void Tour() {
         if (s[2]) args.push_back(s[2]);
         RunFormat(args);
     }
-    qmutil::TourStep("date scan 12/25/2012");
-    RunScan({"12/25/2012"});
-    qmutil::TourStep("date find \"invoice 112/7, paid 3/4/2012\"");
-    RunFind({"invoice 112/7, paid 3/4/2012"});
+    // The scan and find examples are written in the user's own short form, so that they read
+    // back whatever the regional settings are.
+    std::string shortText = CDate(2012, 12, 25).AsString(0).GetString();
+    std::string line = "date scan " + shortText;
+    qmutil::TourStep(line.c_str());
+    RunScan({shortText});
+    std::string text = "invoice 112/7, paid " + std::string(CDate(2012, 3, 4).AsString(0).GetString());
+    line = "date find \"" + text + "\"";
+    qmutil::TourStep(line.c_str());
+    RunFind({text});
 }
 
 const char* const kFormatHelp =
-    "usage: qmutil date format YYYY-MM-DD [FORMAT]\n"
+    "usage: qmutil date format YYYY-MM-DD|today [FORMAT]\n"
     "  Renders the date with FORMAT, where %A/%a are the weekday name (full / three letters),\n"
     "  %B/%b the month name, %d/%D the day (two digits / no leading zero), %m the month,\n"
     "  %Y/%y the year (four / two digits), %w the weekday digit (0 = Sunday), %% a percent.\n"
@@ -112,10 +123,10 @@ const char* const kFindHelp =
     "  inclusive; any date by default) and prints it with its offset. Exit code 1 when none.\n";
 
 qmutil::Registrar g_format({"date", "format", "render a date with a format or the regional forms", kFormatHelp,
-                            RunFormat, Tour, 21});
+                            RunFormat, Tour, 13});
 qmutil::Registrar g_scan({"date", "scan", "read a date typed in the regional short-date picture", kScanHelp,
-                          RunScan, nullptr, 22});
+                          RunScan, nullptr, 14});
 qmutil::Registrar g_find({"date", "find", "find the first date in a range within a text", kFindHelp, RunFind,
-                          nullptr, 23});
+                          nullptr, 15});
 
 }  // namespace
