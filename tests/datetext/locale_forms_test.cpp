@@ -124,6 +124,7 @@ TEST_F(LocaleTest, LongFormRendersCommonPictures) {
         {"yyyy'Y'M'M'd'D'", nullptr, 0, 0, 1, "2012Y7M4D", false},
         {"d 'o''clock' MMMM yyyy", nullptr, 2, 0, 0, "4 o'clock July 2012", false},
         {"d '100%' MMMM yyyy", nullptr, 2, 0, 0, "4 100% July 2012", false},
+        {"d '\x02" "d' MMMM yyyy", nullptr, 2, 0, 0, "4 d July 2012", false},  // no forged slot
         {"'Week' dddd, d MMMM yyyy", nullptr, 2, 0, 0, "Week Wednesday, 4 July 2012", false},
         // Orders outside the three expected ones report "false"; each slot keeps its field.
         {"MM yyyy d", nullptr, 1, 0, 1, "07 2012 4", true},

@@ -96,22 +96,12 @@ void AbbreviatedMonth(int m, char out[4]) {
 }
 
 // Text placed into a format as literal text: "%" is doubled so that neither printf, strftime
-// nor CDate::Format reads it as a code.
-CString EscapePercent(const char* text) {
+// nor CDate::Format reads it as a code. Literals of the long picture also lose any byte 0x02,
+// so that a picture cannot forge a number slot.
+CString EscapePercent(const char* text, bool dropSlotMarks = false) {
     CString out;
     for (const char* p = text; *p; ++p) {
-        if (*p == '%') out += '%';
-        out += *p;
-    }
-    return out;
-}
-
-// Literal text of the long picture for ldateFormat: "%" doubled as above, and byte 0x02
-// dropped so that a picture cannot forge a number slot.
-CString EscapeLiteral(const char* text) {
-    CString out;
-    for (const char* p = text; *p; ++p) {
-        if (*p == kSlotMark) continue;
+        if (dropSlotMarks && *p == kSlotMark) continue;
         if (*p == '%') out += '%';
         out += *p;
     }
@@ -215,9 +205,9 @@ void BuildLongFormat(const CString& original, const CString& lowered) {
             size_t i = (size_t)(p - base);
             CString text = ReadQuotedLiteral(base, original.GetString(), i);
             p = base + i;
-            WinDateTime::ldateFormat += EscapeLiteral(text);
+            WinDateTime::ldateFormat += EscapePercent(text, true);
         } else {
-            WinDateTime::ldateFormat += EscapeLiteral(WinDateTime::ExtractSeparator(p));
+            WinDateTime::ldateFormat += EscapePercent(WinDateTime::ExtractSeparator(p), true);
         }
     }
 
