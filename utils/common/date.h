@@ -123,3 +123,5 @@ private:
 
     DWORD m_word;
 };
+
+#include "utils/common/date_text.h"
