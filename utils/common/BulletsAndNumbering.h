@@ -6,7 +6,9 @@
 #include "utils/framework/wintypes.h"
 #include "utils/module/export.h"
 
-enum NumberType {
+// A fixed underlying type, so any int a caller passes is a value of the type (and is then
+// checked by BuildNumber) rather than undefined.
+enum NumberType : int {
     NT_Decimal = 1,      // "4", "-12"
     NT_UpperAlpha = 2,   // "D", "AA"
     NT_LowerAlpha = 3,   // "d", "aa"
