@@ -25,8 +25,11 @@ public:
     CSize(POINT initPt) { cx = initPt.x; cy = initPt.y; }
     explicit CSize(DWORD dwSize) { cx = (short)LOWORD(dwSize); cy = (short)HIWORD(dwSize); }
 
+    // Same-type overloads keep C++20's reversed comparisons from being ambiguous.
     bool operator==(SIZE s) const { return cx == s.cx && cy == s.cy; }
+    bool operator==(const CSize& s) const { return cx == s.cx && cy == s.cy; }
     bool operator!=(SIZE s) const { return !(*this == s); }
+    bool operator!=(const CSize& s) const { return !(*this == s); }
     void operator+=(SIZE s) { cx = qm::geometry_detail::Add(cx, s.cx); cy = qm::geometry_detail::Add(cy, s.cy); }
     void operator-=(SIZE s) { cx = qm::geometry_detail::Sub(cx, s.cx); cy = qm::geometry_detail::Sub(cy, s.cy); }
     void SetSize(int CX, int CY) { cx = CX; cy = CY; }
@@ -48,7 +51,9 @@ public:
     void Offset(SIZE s) { Offset(s.cx, s.cy); }
     void SetPoint(int X, int Y) { x = X; y = Y; }
     bool operator==(POINT p) const { return x == p.x && y == p.y; }
+    bool operator==(const CPoint& p) const { return x == p.x && y == p.y; }
     bool operator!=(POINT p) const { return !(*this == p); }
+    bool operator!=(const CPoint& p) const { return !(*this == p); }
     void operator+=(SIZE s) { Offset(s); }
     void operator-=(SIZE s) { Offset(qm::geometry_detail::Neg(s.cx), qm::geometry_detail::Neg(s.cy)); }
     void operator+=(POINT p) { Offset(p); }
@@ -136,7 +141,9 @@ public:
     }
 
     bool operator==(const RECT& r) const { return EqualRect(&r) != FALSE; }
+    bool operator==(const CRect& r) const { return EqualRect(&r) != FALSE; }
     bool operator!=(const RECT& r) const { return !(*this == r); }
+    bool operator!=(const CRect& r) const { return !(*this == r); }
     void operator+=(POINT p) { OffsetRect(p); }
     void operator-=(POINT p) { OffsetRect(qm::geometry_detail::Neg(p.x), qm::geometry_detail::Neg(p.y)); }
     CRect operator+(POINT p) const { CRect r(*this); r += p; return r; }
