@@ -110,3 +110,175 @@ TEST(RemoveComments, DropsCommentsOutsideQuotes) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(GetToken, SkipsWhitespaceAndStopsAfterTheToken) {
+    const char* text = "  one two";
+    const char* p = text;
+    CString token;
+    EXPECT_TRUE(GetToken(&p, token));
+    EXPECT_EQ(token, "one");
+    EXPECT_EQ(p - text, 5);  // on the blank before "two"
+    EXPECT_TRUE(GetToken(&p, token));
+    EXPECT_EQ(token, "two");
+    EXPECT_FALSE(GetToken(&p, token));
+    EXPECT_EQ(token, "");
+    EXPECT_EQ(*p, '\0');
+
+    const char* mixed = "\t\r\n a\x17" "b\tc";  // 0x17 is not token white space
+    p = mixed;
+    EXPECT_TRUE(GetToken(&p, token));
+    EXPECT_EQ(token, "a\x17" "b");
+    const char* none = nullptr;
+    EXPECT_FALSE(GetToken(&none, token));
+    EXPECT_FALSE(GetToken(nullptr, token));
+}
+
+TEST(GetStrUpTo, LeavesTheCursorOnTheDelimiter) {
+    const char* text = "key=value";
+    const char* p = text;
+    CString out;
+    EXPECT_EQ(GetStrUpTo(p, '=', out), "key");
+    EXPECT_EQ(*p, '=');
+    EXPECT_EQ(GetStrUpTo(p, '=', out), "");  // already on it: nothing taken, no move
+    EXPECT_EQ(*p, '=');
+    ++p;
+    EXPECT_EQ(GetStrUpTo(p, ';', out), "value");
+    EXPECT_EQ(*p, '\0');
+}
+
+TEST(NthTokenCpy, CountsFromOneAndLeavesTokenAtZero) {
+    CString src = " a  b\tc ";
+    struct Case { int n; const char* expected; int result; };
+    const Case cases[] = {{1, "a", 1}, {2, "b", 1}, {3, "c", 1}, {4, "", 0}, {0, "keep", 1}, {-1, "keep", 1}};
+    for (const Case& c : cases) {
+        CString token = "keep";
+        EXPECT_EQ(nth_token_cpy(token, src, c.n), c.result) << c.n;
+        EXPECT_EQ(token, c.expected) << c.n;
+    }
+}
+
+TEST(NextEol, FindsCrOrLineMarkAfterThePosition) {
+    const CString s("ab\rc\x17" "d\ne");
+    struct Case { int from; int expected; };
+    const Case cases[] = {{-5, 2}, {0, 2}, {1, 2}, {2, 4}, {4, 8}, {7, 8}, {8, 8}, {99, 8}};
+    for (const Case& c : cases) EXPECT_EQ(next_eol(s, c.from), c.expected) << c.from;
+    EXPECT_EQ(next_eol(CString(), 0), 0);
+}
+
+TEST(TrimEdges, OnlySpaces) {
+    struct Case { const char* in; const char* out; };
+    const Case cases[] = {{"  a b  ", "a b"}, {"\t a \t", "\t a \t"}, {"   ", ""}, {"", ""}, {"x", "x"}};
+    for (const Case& c : cases) {
+        CString s(c.in);
+        EXPECT_EQ(TrimEdges(s), c.out) << "[" << c.in << "]";
+    }
+}
+
+TEST(TrimEdges, EmbeddedNulIsReportedAndKept) {
+    qmtest::RecordingAssertSink sink;
+    CString s(" a\0b ", 5);
+    TrimEdges(s);
+    EXPECT_EQ(s.str(), std::string("a\0b", 3));
+    EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"*ptr == 0"});
+}
+
+TEST(LineEnds, RemoveEmptyLinesReplaceEolInsureEol) {
+    struct Case { const char* in; const char* removed; const char* doubled; const char* ensured; };
+    const Case cases[] = {
+        {"a\r\n\r\n\r\nb", "a\rb", "a\r\n\r\n\r\n\r\n\r\n\r\nb", "a\r\n\r\n\r\nb\r"},
+        {"a\r\nb", "a\rb", "a\r\n\r\nb", "a\r\nb\r"},
+        {"\r\ra\n", "\ra", "\r\n\r\na\r\n", "\r\ra\n\r"},
+        {"a\r", "a\r", "a\r\n", "a\r"},
+        {"", "", "", "\r"},
+    };
+    for (const Case& c : cases) {
+        CString a(c.in), b(c.in), d(c.in);
+        RemoveEmptyLines(a);
+        ReplaceEOLAndNL(b);
+        InsureEolAtEnd(d);
+        EXPECT_EQ(a, c.removed);
+        EXPECT_EQ(b, c.doubled);
+        EXPECT_EQ(d, c.ensured);
+    }
+}
+
+TEST(WordCount, CountsWordEnds) {
+    struct Case { const char* in; int expected; };
+    const Case cases[] = {{"  two words ", 2}, {"", 0}, {"one", 1}, {"a\tb\nc\rd\ve\ff", 6}, {"   ", 0}, {"x\x01y", 1}};
+    for (const Case& c : cases) EXPECT_EQ(WordCount(c.in), c.expected) << c.in;
+    EXPECT_EQ(WordCount(nullptr), 0);
+}
+
+TEST(CenterText, PadsHalfTheSpareWidth) {
+    struct Case { const char* in; int width; int charWidth; const char* out; };
+    const Case cases[] = {
+        {"ab", 10, 2, "   ab"},  // (10 - 4) / 2 = 3
+        {"ab", 9, 2, "  ab"},    // (9 - 4) / 2 = 2, rounded toward zero
+        {"ab", 4, 2, "ab"},
+        {"ab", 1, 2, "ab"},      // negative spare width: no padding
+        {"", 4, 7, "  "},
+        {"abc", 2147483647, 1073741824, "abc"},  // the product overflows 32 bits: still no padding
+    };
+    for (const Case& c : cases) {
+        CString s(c.in);
+        CenterText(s, c.width, c.charWidth);
+        EXPECT_EQ(s, c.out) << c.in << " " << c.width;
+    }
+}
+
+TEST(GetAcceleratorPos, SkipsEscapedAndTrailingAmpersands) {
+    struct Case { const char* in; int expected; };
+    const Case cases[] = {
+        {"Save && &Exit", 9}, {"A&&B", -1}, {"&File", 1}, {"&&&x", 3}, {"x&", -1}, {"", -1}, {"a&&", -1}, {"&&&", -1},
+    };
+    for (const Case& c : cases) EXPECT_EQ(GetAcceleratorPos(c.in), c.expected) << c.in;
+}
+
+TEST(ValidMutexName, LowersAndReplacesBackslashes) {
+    struct Case { const char* in; const char* out; };
+    const Case cases[] = {
+        {"Global\\My", "global|my"},
+        {"A\\\\B|c", "a||b|c"},
+        {"\xC0\xD7\xDE\xDF\x8A\x9F", "\xE0\xD7\xFE\xDF\x9A\xFF"},  // Western code page letters
+    };
+    qmtest::RecordingAssertSink sink;
+    for (const Case& c : cases) {
+        CString s(c.in);
+        ValidMutexName(s);
+        EXPECT_EQ(s, c.out) << c.in;
+    }
+    EXPECT_TRUE(sink.Expressions().empty());
+    CString empty;
+    ValidMutexName(empty);
+    EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"!mutex_name.IsEmpty()"});
+}
+
+TEST(CursorScanners, StopWhereTheirClassEnds) {
+    using Scanner = void (*)(const char*&);
+    struct Case { Scanner scan; const char* name; const char* text; long stop; };
+    const Case cases[] = {
+        {SkipSpaces, "SkipSpaces", " \t\v\f\r\nx", 6},
+        {SkipSpaces, "SkipSpaces", "   ", 3},
+        {SkipInvisible, "SkipInvisible", " \t\r\n\vx", 4},  // VT is visible here
+        {SkipVisible, "SkipVisible", "ab\x17" "c\vd e", 6},
+        {SkipVisible, "SkipVisible", "abc", 3},
+        {SkipToDigit, "SkipToDigit", "ab\xB2" "c7", 4},
+        {SkipToDigit, "SkipToDigit", "none", 4},
+        {SkipToEOL, "SkipToEOL", "ab\x17" "c", 2},
+        {SkipToEOL, "SkipToEOL", "ab\nc", 2},
+        {SkipToEOL, "SkipToEOL", "ab\rc", 2},
+        {SkipToEOL, "SkipToEOL", "abc", 3},
+    };
+    for (const Case& c : cases) {
+        const char* p = c.text;
+        c.scan(p);
+        EXPECT_EQ(p - c.text, c.stop) << c.name << " on [" << c.text << "]";
+        const char* null = nullptr;
+        c.scan(null);
+        EXPECT_EQ(null, nullptr);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,123 @@
+// Bulk replacement with the process-wide length guard.
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "utils/common/CVLogger.h"
+#include "utils/common/utils_text.h"
+#include "utils/framework/mbchar.h"
+
+#define QM_SOURCE_MODULE "Common\\utils"
+
+namespace {
+
+inline unsigned char Up(char c) { return mbc::ToUpper((unsigned char)c); }
+
+inline bool EqualNoCase(const char* a, const char* b, size_t n) {
+    for (size_t k = 0; k < n; ++k)
+        if (Up(a[k]) != Up(b[k])) return false;
+    return true;
+}
+
+// First position at or after `from` where `f` matches `text` ignoring case (the comparison of
+// InString, over counted bytes so an embedded NUL is an ordinary byte); npos when none. The
+// candidates are found with memchr on both cases of the first byte.
+size_t FindNoCase(std::string_view text, size_t from, std::string_view f) {
+    if (f.size() > text.size()) return std::string_view::npos;
+    const size_t lastStart = text.size() - f.size();
+    const unsigned char upper = Up(f[0]);
+    const unsigned char lower = mbc::ToLower(upper);
+    const char* b = text.data();
+    while (from <= lastStart) {
+        const size_t span = lastStart + 1 - from;
+        const char* nu = static_cast<const char*>(std::memchr(b + from, upper, span));
+        const char* c = nu;
+        if (lower != upper) {
+            const char* nl = static_cast<const char*>(std::memchr(b + from, lower, nu ? (size_t)(nu - (b + from)) : span));
+            if (nl) c = nl;
+        }
+        if (!c) return std::string_view::npos;
+        if (EqualNoCase(c + 1, f.data() + 1, f.size() - 1)) return (size_t)(c - b);
+        from = (size_t)(c - b) + 1;
+    }
+    return std::string_view::npos;
+}
+
+// The replacement is not longer than `find`: the text is rewritten in place, left to right,
+// resuming after each match, so replacements never overlap.
+int ReplaceInPlace(CString& s, const CString& find, const CString& replacement, int caseSensitive) {
+    const std::string_view text(s.str());
+    const std::string_view f(find.str());
+    const std::string_view r(replacement.str());
+    auto next = [&](size_t from) { return caseSensitive ? text.find(f, from) : FindNoCase(text, from, f); };
+    size_t hit = next(0);
+    if (hit == std::string_view::npos) return 0;
+
+    const int len = s.GetLength();
+    char* buf = s.GetBuffer(len);
+    size_t src = 0, dst = 0;
+    int count = 0;
+    while (hit != std::string_view::npos) {
+        // Reading the unchanged text ahead of the writer: dst never passes src.
+        std::memmove(buf + dst, buf + src, hit - src);
+        dst += hit - src;
+        std::memcpy(buf + dst, r.data(), r.size());
+        dst += r.size();
+        src = hit + f.size();
+        ++count;
+        hit = next(src);
+    }
+    std::memmove(buf + dst, buf + src, (size_t)len - src);
+    dst += (size_t)len - src;
+    s.ReleaseBuffer((int)dst);
+    return count;
+}
+
+}  // namespace
+
+namespace qm::text {
+
+int ReplaceStringLimited(CString& s, const CString& find, const CString& replacement, int truncate, int caseSensitive,
+                         long long maxLength) {
+    if (s.IsEmpty()) return 0;
+    if (find.IsEmpty()) return -1;
+    if (replacement.GetLength() <= find.GetLength()) return ReplaceInPlace(s, find, replacement, caseSensitive);
+
+    // A longer replacement: the occurrences are found ignoring case whatever `caseSensitive`
+    // says. This is how the product has always behaved and callers rely on it.
+    const std::string_view text(s.str());
+    const std::string_view f(find.str());
+    std::vector<size_t> hits;
+    for (size_t at = FindNoCase(text, 0, f); at != std::string_view::npos; at = FindNoCase(text, at + f.size(), f))
+        hits.push_back(at);
+    if (hits.empty()) return 0;
+
+    const long long oldLength = s.GetLength();
+    const long long grow = (long long)replacement.GetLength() - find.GetLength();
+    long long count = (long long)hits.size();
+    if (grow * count + 1 + oldLength > maxLength) {
+        if (!truncate) return -1;
+        // Only as many occurrences as fit are replaced, from the start.
+        count = (maxLength - oldLength - 1) / grow;
+        if (count <= 0) return 0;
+    }
+
+    std::string out;
+    out.reserve((size_t)(oldLength + grow * count));
+    size_t src = 0;
+    for (long long k = 0; k < count; ++k) {
+        out.append(text.data() + src, hits[(size_t)k] - src);
+        out.append(replacement.str());
+        src = hits[(size_t)k] + f.size();
+    }
+    out.append(text.data() + src, text.size() - src);
+    s = CString(std::move(out));
+    return (int)count;
+}
+
+}  // namespace qm::text
+
+int ReplaceString(CString& s, CString find, CString replacement, int truncate, int caseSensitive) {
+    return qm::text::ReplaceStringLimited(s, find, replacement, truncate, caseSensitive, QM_MAX_STRING_LENGTH);
+}
