@@ -54,15 +54,15 @@ inline bool MarkerAt(const std::string& text, size_t at, const std::string& mark
 // open-brace field, or a "}" directly after any other marker). An open-brace marker that no
 // "}" follows is not a field and stays, blank value or not. Callers use this to drop the
 // placeholders of empty values from a template.
-void MergeFieldIntoText(CString& text, const CString& markerIn, const CString& valueIn) {
-    if (!CVASSERT(!markerIn.IsEmpty())) return;
-    const std::string& marker = markerIn.str();
-    const std::string& value = valueIn.str();
+void MergeFieldIntoText(CString& text, const CString& marker, const CString& value) {
+    if (!CVASSERT(!marker.IsEmpty())) return;
+    const std::string& m = marker.str();
+    const std::string& v = value.str();
     const std::string& src = text.str();
-    const bool openBrace = marker[0] == '{' && marker.size() > 1 && marker.back() != '}';
-    const ValueShape shape = Shape(value);
+    const bool openBrace = m[0] == '{' && m.size() > 1 && m.back() != '}';
+    const ValueShape shape = Shape(v);
     // The value as written: without a final line mark.
-    const size_t writeLength = (!value.empty() && value.back() == QM_LINE_MARK) ? value.size() - 1 : value.size();
+    const size_t writeLength = (!v.empty() && v.back() == QM_LINE_MARK) ? v.size() - 1 : v.size();
 
     std::string out;
     out.reserve(src.size());
@@ -70,15 +70,15 @@ void MergeFieldIntoText(CString& text, const CString& markerIn, const CString& v
     bool changed = false;
     while (i < src.size()) {
         // Quick skip to the next byte that can start the marker.
-        if (Up(src[i]) != Up(marker[0])) {
+        if (Up(src[i]) != Up(m[0])) {
             out += src[i++];
             continue;
         }
-        if (!MarkerAt(src, i, marker)) {
+        if (!MarkerAt(src, i, m)) {
             out += src[i++];
             continue;
         }
-        size_t after = i + marker.size();
+        size_t after = i + m.size();
         size_t reserved = 0;
         if (openBrace) {
             size_t k = after;
@@ -94,7 +94,7 @@ void MergeFieldIntoText(CString& text, const CString& markerIn, const CString& v
         }
         if (!out.empty() && out.back() == '{') out.pop_back();
         if (!shape.blank) {
-            out.append(value, 0, writeLength);
+            out.append(v, 0, writeLength);
             if ((long long)reserved > shape.visibleLength) out.append((size_t)((long long)reserved - shape.visibleLength), ' ');
         }
         i = after;
