@@ -6,6 +6,7 @@
 
 #include "utils/common/CVLogger.h"
 #include "utils/common/utils_text.h"
+#include "utils/common/utils_text_scan.h"
 #include "utils/framework/mbchar.h"
 
 #define QM_SOURCE_MODULE "Common\\utils"
@@ -20,29 +21,28 @@ inline bool EqualNoCase(const char* a, const char* b, size_t n) {
     return true;
 }
 
-// First position at or after `from` where `f` matches `text` ignoring case (the comparison of
-// InString, over counted bytes so an embedded NUL is an ordinary byte); npos when none. The
-// candidates are found with memchr on both cases of the first byte.
-size_t FindNoCase(std::string_view text, size_t from, std::string_view f) {
-    if (f.size() > text.size()) return std::string_view::npos;
-    const size_t lastStart = text.size() - f.size();
-    const unsigned char upper = Up(f[0]);
-    const unsigned char lower = mbc::ToLower(upper);
-    const char* b = text.data();
-    while (from <= lastStart) {
-        const size_t span = lastStart + 1 - from;
-        const char* nu = static_cast<const char*>(std::memchr(b + from, upper, span));
-        const char* c = nu;
-        if (lower != upper) {
-            const char* nl = static_cast<const char*>(std::memchr(b + from, lower, nu ? (size_t)(nu - (b + from)) : span));
-            if (nl) c = nl;
-        }
-        if (!c) return std::string_view::npos;
-        if (EqualNoCase(c + 1, f.data() + 1, f.size() - 1)) return (size_t)(c - b);
-        from = (size_t)(c - b) + 1;
+// Finds the occurrences of `f` in `text` left to right, ignoring case (the comparison of
+// InString, over counted bytes so an embedded NUL is an ordinary byte).
+class NoCaseFinder {
+public:
+    NoCaseFinder(std::string_view text, std::string_view f)
+        : m_text(text), m_f(f), m_scan((unsigned char)f[0], f.size() > 1 ? (unsigned char)f[1] : 0, f.size() > 1) {}
+
+    // First match at or after `from`; npos when none.
+    size_t Next(size_t from) const {
+        if (m_f.size() > m_text.size()) return std::string_view::npos;
+        // Candidates start at most at `last`; with two pattern bytes b[last + 1] is in the text.
+        const size_t last = m_text.size() - m_f.size();
+        const char* b = m_text.data();
+        for (size_t i = m_scan.Next(b, from, last + 1); i <= last; i = m_scan.Next(b, i + 1, last + 1))
+            if (EqualNoCase(b + i, m_f.data(), m_f.size())) return i;
+        return std::string_view::npos;
     }
-    return std::string_view::npos;
-}
+
+private:
+    std::string_view m_text, m_f;
+    qm::text::detail::PairScanner m_scan;
+};
 
 // The replacement is not longer than `find`: the text is rewritten in place, left to right,
 // resuming after each match, so replacements never overlap.
@@ -50,7 +50,8 @@ int ReplaceInPlace(CString& s, const CString& find, const CString& replacement, 
     const std::string_view text(s.str());
     const std::string_view f(find.str());
     const std::string_view r(replacement.str());
-    auto next = [&](size_t from) { return caseSensitive ? text.find(f, from) : FindNoCase(text, from, f); };
+    const NoCaseFinder noCase(text, f);
+    auto next = [&](size_t from) { return caseSensitive ? text.find(f, from) : noCase.Next(from); };
     size_t hit = next(0);
     if (hit == std::string_view::npos) return 0;
 
@@ -88,9 +89,9 @@ int ReplaceStringLimited(CString& s, const CString& find, const CString& replace
     // says. This is how the product has always behaved and callers rely on it.
     const std::string_view text(s.str());
     const std::string_view f(find.str());
+    const NoCaseFinder finder(text, f);
     std::vector<size_t> hits;
-    for (size_t at = FindNoCase(text, 0, f); at != std::string_view::npos; at = FindNoCase(text, at + f.size(), f))
-        hits.push_back(at);
+    for (size_t at = finder.Next(0); at != std::string_view::npos; at = finder.Next(at + f.size())) hits.push_back(at);
     if (hits.empty()) return 0;
 
     const long long oldLength = s.GetLength();

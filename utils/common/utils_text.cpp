@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "utils/common/CVLogger.h"
+#include "utils/common/utils_text_scan.h"
 #include "utils/framework/mbchar.h"
 
 #define QM_SOURCE_MODULE "Common\\utils"
@@ -30,9 +31,9 @@ inline bool MatchesAt(const char* t, const char* rest) {
     return true;
 }
 
-// The text is scanned in chunks whose length strnlen finds, so the fast first-byte scan
-// (memchr) never reads past the text's NUL and a match near the start of a long text costs
-// no more than the chunk.
+// The text is scanned in chunks whose length strnlen finds, so the block-wise candidate scan
+// never reads past the text's NUL and a match near the start of a long text costs no more
+// than the chunk.
 constexpr size_t kScanChunk = 64 * 1024;
 
 inline bool IsTokenSpace(char c) { return c == ' ' || c == '\r' || c == '\n' || c == '\t'; }
@@ -43,33 +44,16 @@ char* InString(const char* pattern, const char* text) {
     if (!pattern || !text || !*text) return nullptr;
     if (!*pattern) return const_cast<char*>(text);
 
-    const unsigned char upper = Up(pattern[0]);
-    const unsigned char lower = mbc::ToLower(upper);
+    const qm::text::detail::PairScanner scan((unsigned char)pattern[0], (unsigned char)pattern[1], pattern[1] != 0);
     const char* rest = pattern + 1;
     const char* chunk = text;
     for (;;) {
         const size_t n = strnlen(chunk, kScanChunk);
-        const char* end = chunk + n;
-        if (upper == lower) {
-            for (const char* c = chunk; c < end; ++c) {
-                c = static_cast<const char*>(std::memchr(c, upper, (size_t)(end - c)));
-                if (!c) break;
-                if (MatchesAt(c + 1, rest)) return const_cast<char*>(c);
-            }
-        } else {
-            // Two cursors, one per case of the first byte; only the one that produced the
-            // candidate is advanced, the other is still ahead of it.
-            const char* nu = static_cast<const char*>(std::memchr(chunk, upper, n));
-            const char* nl = static_cast<const char*>(std::memchr(chunk, lower, n));
-            while (nu || nl) {
-                const char* c = (!nl || (nu && nu < nl)) ? nu : nl;
-                if (MatchesAt(c + 1, rest)) return const_cast<char*>(c);
-                if (c == nu) nu = static_cast<const char*>(std::memchr(c + 1, upper, (size_t)(end - c - 1)));
-                else nl = static_cast<const char*>(std::memchr(c + 1, lower, (size_t)(end - c - 1)));
-            }
-        }
+        // chunk[n] is the NUL or the first byte of the next chunk: readable either way.
+        for (size_t i = scan.Next(chunk, 0, n); i < n; i = scan.Next(chunk, i + 1, n))
+            if (Up(chunk[i]) == Up(pattern[0]) && MatchesAt(chunk + i + 1, rest)) return const_cast<char*>(chunk + i);
         if (n < kScanChunk) return nullptr;
-        chunk = end;
+        chunk += n;
     }
 }
 
