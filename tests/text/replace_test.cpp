@@ -109,7 +109,7 @@ TEST(ReplaceString, AgreesWithModelOnRandomText) {
         return t;
     };
     for (int round = 0; round < 4000; ++round) {
-        const std::string s = make(30), find = make(4), repl = make(5);
+        const std::string s = make(80), find = make(4), repl = make(5);
         const int cs = (int)(rng() % 2);
         Outcome got = Replace(s, find, repl, 0, cs);
         Outcome want = Model(s, find, repl, cs);

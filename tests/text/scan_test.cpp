@@ -61,7 +61,7 @@ TEST(InString, AgreesWithPlainSearchOnRandomText) {
     std::mt19937 rng(11);
     const char alphabet[] = "aAbB.\x01\x17";
     for (int round = 0; round < 3000; ++round) {
-        std::string text(rng() % 40, ' '), pattern(rng() % 4, ' ');
+        std::string text(rng() % 90, ' '), pattern(rng() % 4, ' ');
         for (char& c : text) c = alphabet[rng() % 7];
         for (char& c : pattern) c = alphabet[rng() % 7];
         EXPECT_EQ(Off(InString(pattern.c_str(), text.c_str()), text.c_str()), ModelInString(pattern, text))
