@@ -25,6 +25,7 @@ TEST(MergeFieldIntoText, Cases) {
         {"{{name  }", "{name", "Ann", "Ann"},             // the "{" before the marker is taken back
         {"[{name     }]", "{name", "\x01" "bold\x02" "Ann", "[\x01" "bold\x02" "Ann  ]"},  // runs are not width
         {"[{name     }]", "{name", "Ann\x17", "[Ann  ]"},  // a final line mark is neither written nor width
+        {"[{name   }]", "{name", "x\x01\x17", "[x\x01  ]"},  // ...also when an unclosed run holds it
         {"a\x17" "b", "@1", "Ann", "a\x17" "b"},
         {"", "@1", "Ann", ""},
         {"{", "{", "Ann", "Ann"},                         // a lone "{" is a plain marker

@@ -33,7 +33,8 @@ ValueShape Shape(const std::string& v) {
         ++shape.visibleLength;
         if (c != QM_LINE_MARK && !_ismbcspace((unsigned char)c)) shape.blank = false;
     }
-    if (!v.empty() && v.back() == QM_LINE_MARK) --shape.visibleLength;
+    // A final line mark is not shown; one inside an unclosed run was never counted.
+    if (!v.empty() && v.back() == QM_LINE_MARK && !inRun) --shape.visibleLength;
     return shape;
 }
 
