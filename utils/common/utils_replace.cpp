@@ -104,16 +104,23 @@ int ReplaceStringLimited(CString& s, const CString& find, const CString& replace
         if (count <= 0) return 0;
     }
 
-    std::string out;
-    out.reserve((size_t)(oldLength + grow * count));
+    // Built straight into a new string of the final length, which then replaces the text.
+    const size_t newLength = (size_t)(oldLength + grow * count);
+    CString result;
+    char* dst = result.GetBufferSetLength((int)newLength);
+    const std::string& r = replacement.str();
     size_t src = 0;
     for (long long k = 0; k < count; ++k) {
-        out.append(text.data() + src, hits[(size_t)k] - src);
-        out.append(replacement.str());
-        src = hits[(size_t)k] + f.size();
+        const size_t at = hits[(size_t)k];
+        std::memcpy(dst, text.data() + src, at - src);
+        dst += at - src;
+        std::memcpy(dst, r.data(), r.size());
+        dst += r.size();
+        src = at + f.size();
     }
-    out.append(text.data() + src, text.size() - src);
-    s = CString(std::move(out));
+    std::memcpy(dst, text.data() + src, text.size() - src);
+    result.ReleaseBuffer((int)newLength);
+    s = std::move(result);
     return (int)count;
 }
 
