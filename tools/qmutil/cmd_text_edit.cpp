@@ -275,7 +275,9 @@ const qmutil::Registrar kReplace({"text", "replace", "replace every occurrence o
                                   "              a longer replacement always matches regardless of case)\n"
                                   "  --truncate  when the result would exceed the maximum string length, replace\n"
                                   "              only the occurrences that fit instead of failing\n"
-                                  "  -e          read \\r \\n \\t \\\\ and \\xHH in the arguments that follow\n",
+                                  "  -e          read \\r \\n \\t \\\\ and \\xHH in the arguments that follow\n"
+                                  "  -o OUT      write the result to OUT byte for byte (a Windows console's\n"
+                                  "              standard output turns each LF into CR LF)\n",
                                   RunReplace, TourTextEdit, 70});
 const qmutil::Registrar kFind({"text", "find", "offsets of a text in a file, ignoring case",
                                "usage: qmutil text find FILE PATTERN [--skip-commands] [-e]\n"
