@@ -1,0 +1,284 @@
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+#include "tests/support/recording_sink.h"
+#include "utils/common/utils_text.h"
+
+namespace {
+
+// Offset of a search result in its text, -1 for null.
+long Off(const char* found, const char* text) { return found ? (long)(found - text) : -1; }
+
+// Plain quadratic search with toupper on both sides: what InString's fast scan must agree with.
+long ModelInString(const std::string& pattern, const std::string& text) {
+    if (text.empty()) return -1;
+    auto up = [](char c) { return (c >= 'a' && c <= 'z') ? (char)(c - 32) : c; };
+    for (size_t i = 0; i + pattern.size() <= text.size(); ++i) {
+        size_t k = 0;
+        while (k < pattern.size() && up(text[i + k]) == up(pattern[k])) ++k;
+        if (k == pattern.size()) return (long)i;
+    }
+    return -1;
+}
+
+TEST(InString, Cases) {
+    struct Case { const char* pattern; const char* text; long expected; };
+    const Case cases[] = {
+        {"AB", "xxaBc", 2},
+        {"", "x", 0},
+        {"a", "", -1},
+        {"", "", -1},
+        {"abc", "ab", -1},          // the text ends inside a partial match
+        {"ab", "aab", 1},           // a failed candidate does not swallow the next one
+        {"[", "a{[", 2},            // non-letters compare exactly ('{' is not '[' upper-cased)
+        {"\xE9", "\xC9\xE9", 1},    // bytes above ASCII have no case
+        {"q", "QQ", 0},
+        {"Zz", "azZZz", 1},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(Off(InString(c.pattern, c.text), c.text), c.expected) << c.pattern << " in " << c.text;
+    EXPECT_EQ(InString(nullptr, "abc"), nullptr);
+    EXPECT_EQ(InString("a", nullptr), nullptr);
+}
+
+TEST(InString, AgreesWithPlainSearchAcrossChunkBoundaries) {
+    // Texts longer than the scan chunk, with the match placed across and around its edges.
+    std::mt19937 rng(7);
+    for (size_t where : {65534u, 65535u, 65536u, 65537u, 131071u, 200000u}) {
+        std::string text(where + 10, 'x');
+        for (char& c : text) c = "xyXY. "[rng() % 6];
+        text.replace(where, 3, "aBc");
+        EXPECT_EQ(Off(InString("AbC", text.c_str()), text.c_str()), ModelInString("AbC", text)) << where;
+        text[where] = 'q';
+        EXPECT_EQ(Off(InString("AbC", text.c_str()), text.c_str()), -1) << where;
+    }
+}
+
+TEST(InString, AgreesWithPlainSearchOnRandomText) {
+    std::mt19937 rng(11);
+    const char alphabet[] = "aAbB.\x01\x17";
+    for (int round = 0; round < 3000; ++round) {
+        std::string text(rng() % 90, ' '), pattern(rng() % 4, ' ');
+        for (char& c : text) c = alphabet[rng() % 7];
+        for (char& c : pattern) c = alphabet[rng() % 7];
+        EXPECT_EQ(Off(InString(pattern.c_str(), text.c_str()), text.c_str()), ModelInString(pattern, text))
+            << "[" << pattern << "] in [" << text << "]";
+    }
+}
+
+TEST(InStringSkipCommands, SkipsRunsBeforeAndInsideMatches) {
+    struct Case { const char* pattern; const char* text; long expected; };
+    const Case cases[] = {
+        {"ab", "a\x01" "bx\x02" "b", 0},      // a match spanning a run
+        {"ab", "\x01" "ab\x02" "aB", 4},      // a match inside a run is not text
+        {"ab", "\x01\x02\x01z\x02" "ab", 5},  // consecutive runs before the start
+        {"ab", "a\x01\x02\x01\x02" "b", 0},   // consecutive runs inside the match
+        {"ab", "xa\x01q\x02" "c", -1},
+        {"", "\x01q\x02" "z", 3},             // an empty pattern lands on the first text byte
+        {"a", "\x01q\x02", -1},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(Off(InStringSkipCommands(c.pattern, c.text), c.text), c.expected) << c.text;
+    EXPECT_EQ(InStringSkipCommands("a", ""), nullptr);
+    EXPECT_EQ(InStringSkipCommands(nullptr, "a"), nullptr);
+}
+
+TEST(InStringSkipCommands, UnclosedRunAssertsAndGivesNull) {
+    qmtest::RecordingAssertSink sink;
+    EXPECT_EQ(InStringSkipCommands("b", "xy\x01" "b"), nullptr);
+    EXPECT_EQ(InStringSkipCommands("ab", "xxa\x01" "b"), nullptr);
+    ASSERT_EQ(sink.Expressions(), (std::vector<std::string>{"*s2", "*p2"}));
+    EXPECT_EQ(sink.Reports()[0].module, "Common\\utils");
+}
+
+TEST(RemoveComments, DropsCommentsOutsideQuotes) {
+    struct Case { const char* in; const char* out; };
+    const Case cases[] = {
+        {"jd (Jane) \"a (b)\"", "jd  \"a (b)\""},
+        {"a (b (c) d) e", "a  e"},                // nested comments
+        {"a) b", "a) b"},                         // a stray ')' at depth 0 is kept
+        {"(open \"q\" never closed", ""},         // quotes inside a comment are dropped
+        {"\"(x\" (y) z", "\"(x\"  z"},
+        {"  \t x  ", "x"},
+        {"", ""},
+    };
+    for (const Case& c : cases) EXPECT_EQ(RemoveComments(c.in), c.out) << c.in;
+    EXPECT_EQ(RemoveComments(nullptr), "");
+}
+
+}  // namespace
+
+namespace {
+
+TEST(GetToken, SkipsWhitespaceAndStopsAfterTheToken) {
+    const char* text = "  one two";
+    const char* p = text;
+    CString token;
+    EXPECT_TRUE(GetToken(&p, token));
+    EXPECT_EQ(token, "one");
+    EXPECT_EQ(p - text, 5);  // on the blank before "two"
+    EXPECT_TRUE(GetToken(&p, token));
+    EXPECT_EQ(token, "two");
+    EXPECT_FALSE(GetToken(&p, token));
+    EXPECT_EQ(token, "");
+    EXPECT_EQ(*p, '\0');
+
+    const char* mixed = "\t\r\n a\x17" "b\tc";  // 0x17 is not token white space
+    p = mixed;
+    EXPECT_TRUE(GetToken(&p, token));
+    EXPECT_EQ(token, "a\x17" "b");
+    const char* none = nullptr;
+    EXPECT_FALSE(GetToken(&none, token));
+    EXPECT_FALSE(GetToken(nullptr, token));
+}
+
+TEST(GetStrUpTo, LeavesTheCursorOnTheDelimiter) {
+    const char* text = "key=value";
+    const char* p = text;
+    CString out;
+    EXPECT_EQ(GetStrUpTo(p, '=', out), "key");
+    EXPECT_EQ(*p, '=');
+    EXPECT_EQ(GetStrUpTo(p, '=', out), "");  // already on it: nothing taken, no move
+    EXPECT_EQ(*p, '=');
+    ++p;
+    EXPECT_EQ(GetStrUpTo(p, ';', out), "value");
+    EXPECT_EQ(*p, '\0');
+}
+
+TEST(NthTokenCpy, CountsFromOneAndLeavesTokenAtZero) {
+    CString src = " a  b\tc ";
+    struct Case { int n; const char* expected; int result; };
+    const Case cases[] = {{1, "a", 1}, {2, "b", 1}, {3, "c", 1}, {4, "", 0}, {0, "keep", 1}, {-1, "keep", 1}};
+    for (const Case& c : cases) {
+        CString token = "keep";
+        EXPECT_EQ(nth_token_cpy(token, src, c.n), c.result) << c.n;
+        EXPECT_EQ(token, c.expected) << c.n;
+    }
+}
+
+TEST(NextEol, FindsCrOrLineMarkAfterThePosition) {
+    const CString s("ab\rc\x17" "d\ne");
+    struct Case { int from; int expected; };
+    const Case cases[] = {{-5, 2}, {0, 2}, {1, 2}, {2, 4}, {4, 8}, {7, 8}, {8, 8}, {99, 8}};
+    for (const Case& c : cases) EXPECT_EQ(next_eol(s, c.from), c.expected) << c.from;
+    EXPECT_EQ(next_eol(CString(), 0), 0);
+}
+
+TEST(TrimEdges, OnlySpaces) {
+    struct Case { const char* in; const char* out; };
+    const Case cases[] = {{"  a b  ", "a b"}, {"\t a \t", "\t a \t"}, {"   ", ""}, {"", ""}, {"x", "x"}};
+    for (const Case& c : cases) {
+        CString s(c.in);
+        EXPECT_EQ(TrimEdges(s), c.out) << "[" << c.in << "]";
+    }
+}
+
+TEST(TrimEdges, EmbeddedNulIsReportedAndKept) {
+    qmtest::RecordingAssertSink sink;
+    CString s(" a\0b ", 5);
+    TrimEdges(s);
+    EXPECT_EQ(s.str(), std::string("a\0b", 3));
+    EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"*ptr == 0"});
+}
+
+TEST(LineEnds, RemoveEmptyLinesReplaceEolInsureEol) {
+    struct Case { const char* in; const char* removed; const char* doubled; const char* ensured; };
+    const Case cases[] = {
+        {"a\r\n\r\n\r\nb", "a\rb", "a\r\n\r\n\r\n\r\n\r\n\r\nb", "a\r\n\r\n\r\nb\r"},
+        {"a\r\nb", "a\rb", "a\r\n\r\nb", "a\r\nb\r"},
+        {"\r\ra\n", "\ra", "\r\n\r\na\r\n", "\r\ra\n\r"},
+        {"a\r", "a\r", "a\r\n", "a\r"},
+        {"", "", "", "\r"},
+    };
+    for (const Case& c : cases) {
+        CString a(c.in), b(c.in), d(c.in);
+        RemoveEmptyLines(a);
+        ReplaceEOLAndNL(b);
+        InsureEolAtEnd(d);
+        EXPECT_EQ(a, c.removed);
+        EXPECT_EQ(b, c.doubled);
+        EXPECT_EQ(d, c.ensured);
+    }
+}
+
+TEST(WordCount, CountsWordEnds) {
+    struct Case { const char* in; int expected; };
+    const Case cases[] = {{"  two words ", 2}, {"", 0}, {"one", 1}, {"a\tb\nc\rd\ve\ff", 6}, {"   ", 0}, {"x\x01y", 1}};
+    for (const Case& c : cases) EXPECT_EQ(WordCount(c.in), c.expected) << c.in;
+    EXPECT_EQ(WordCount(nullptr), 0);
+}
+
+TEST(CenterText, PadsHalfTheSpareWidth) {
+    struct Case { const char* in; int width; int charWidth; const char* out; };
+    const Case cases[] = {
+        {"ab", 10, 2, "   ab"},  // (10 - 4) / 2 = 3
+        {"ab", 9, 2, "  ab"},    // (9 - 4) / 2 = 2, rounded toward zero
+        {"ab", 4, 2, "ab"},
+        {"ab", 1, 2, "ab"},      // negative spare width: no padding
+        {"", 4, 7, "  "},
+        {"abc", 2147483647, 1073741824, "abc"},  // the product overflows 32 bits: still no padding
+    };
+    for (const Case& c : cases) {
+        CString s(c.in);
+        CenterText(s, c.width, c.charWidth);
+        EXPECT_EQ(s, c.out) << c.in << " " << c.width;
+    }
+}
+
+TEST(GetAcceleratorPos, SkipsEscapedAndTrailingAmpersands) {
+    struct Case { const char* in; int expected; };
+    const Case cases[] = {
+        {"Save && &Exit", 9}, {"A&&B", -1}, {"&File", 1}, {"&&&x", 3}, {"x&", -1}, {"", -1}, {"a&&", -1}, {"&&&", -1},
+    };
+    for (const Case& c : cases) EXPECT_EQ(GetAcceleratorPos(c.in), c.expected) << c.in;
+}
+
+TEST(ValidMutexName, LowersAndReplacesBackslashes) {
+    struct Case { const char* in; const char* out; };
+    const Case cases[] = {
+        {"Global\\My", "global|my"},
+        {"A\\\\B|c", "a||b|c"},
+        {"\xC0\xD7\xDE\xDF\x8A\x9F", "\xE0\xD7\xFE\xDF\x9A\xFF"},  // Western code page letters
+    };
+    qmtest::RecordingAssertSink sink;
+    for (const Case& c : cases) {
+        CString s(c.in);
+        ValidMutexName(s);
+        EXPECT_EQ(s, c.out) << c.in;
+    }
+    EXPECT_TRUE(sink.Expressions().empty());
+    CString empty;
+    ValidMutexName(empty);
+    EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"!mutex_name.IsEmpty()"});
+}
+
+TEST(CursorScanners, StopWhereTheirClassEnds) {
+    using Scanner = void (*)(const char*&);
+    struct Case { Scanner scan; const char* name; const char* text; long stop; };
+    const Case cases[] = {
+        {SkipSpaces, "SkipSpaces", " \t\v\f\r\nx", 6},
+        {SkipSpaces, "SkipSpaces", "   ", 3},
+        {SkipInvisible, "SkipInvisible", " \t\r\n\vx", 4},  // VT is visible here
+        {SkipVisible, "SkipVisible", "ab\x17" "c\vd e", 6},
+        {SkipVisible, "SkipVisible", "abc", 3},
+        {SkipToDigit, "SkipToDigit", "ab\xB2" "c7", 4},
+        {SkipToDigit, "SkipToDigit", "none", 4},
+        {SkipToEOL, "SkipToEOL", "ab\x17" "c", 2},
+        {SkipToEOL, "SkipToEOL", "ab\nc", 2},
+        {SkipToEOL, "SkipToEOL", "ab\rc", 2},
+        {SkipToEOL, "SkipToEOL", "abc", 3},
+    };
+    for (const Case& c : cases) {
+        const char* p = c.text;
+        c.scan(p);
+        EXPECT_EQ(p - c.text, c.stop) << c.name << " on [" << c.text << "]";
+        const char* null = nullptr;
+        c.scan(null);
+        EXPECT_EQ(null, nullptr);
+    }
+}
+
+}  // namespace
