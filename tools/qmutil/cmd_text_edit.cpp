@@ -161,7 +161,7 @@ int RunFind(const Args& args) {
 
 // --- fields / merge-field --------------------------------------------------------------------
 
-const char* const kFieldsUsage = "text fields NAME DATAFILE TEMPLATEFILE [-e] [-o OUT]";
+const char* const kFieldsUsage = "text wrap-fields NAME DATAFILE TEMPLATEFILE [-e] [-o OUT]";
 
 int RunFields(const Args& args) {
     const Parsed p = Parse(args, {}, kFieldsUsage);
@@ -254,7 +254,7 @@ void TourTextEdit() {
     const std::string tmpl = "Dear @1,\nyour role: {@2}; phone: {@3}.\n";  // the blank third line removes {@3}
     ShowText("(data.txt holds: ", data + ")");
     ShowText("(letter.txt holds: ", tmpl + ")");
-    qmutil::TourStep("text fields person: data.txt letter.txt");
+    qmutil::TourStep("text wrap-fields person: data.txt letter.txt");
     CString out(tmpl.c_str());
     ReplaceFields("person:", data.c_str(), out);
     std::printf("%s", out.GetString());
@@ -285,8 +285,8 @@ const qmutil::Registrar kFind({"text", "find", "offsets of a text in a file, ign
                                "  --skip-commands  pass over inline command runs (0x01 ... 0x02), also inside a\n"
                                "                   match. Exit code 1 when nothing is found.\n",
                                RunFind, nullptr, 71});
-const qmutil::Registrar kFields({"text", "fields", "fill @1..@9 of a template from the lines after a name",
-                                 "usage: qmutil text fields NAME DATAFILE TEMPLATEFILE [-e] [-o OUT]\n"
+const qmutil::Registrar kFields({"text", "wrap-fields", "fill @1..@9 of a template from the lines after a name",
+                                 "usage: qmutil text wrap-fields NAME DATAFILE TEMPLATEFILE [-e] [-o OUT]\n"
                                  "  Finds NAME in DATAFILE (inline command runs are skipped); the lines after it,\n"
                                  "  up to the next NAME, fill the markers @1 to @9 of TEMPLATEFILE. A marker in\n"
                                  "  braces, {@1}, loses its braces; a blank value removes the marker.\n",
