@@ -32,7 +32,7 @@ bool IsKeptInUrl(unsigned char c) {
 CString Path2Url(CString path) {
     char buffer[kUrlBufferSize] = {};
     DWORD size = kUrlBufferSize;
-    HRESULT hRes = qm::platform::UrlCreateFromPath(path, buffer, &size);
+    HRESULT hRes = qm::platform::FileUrlFromPath(path, buffer, &size);
     if (!CVASSERT(SUCCEEDED(hRes))) return CString();
     CString canonical = UlrCanonize(buffer);
     static const char kHex[] = "0123456789ABCDEF";
@@ -67,7 +67,7 @@ CString UlrCanonize(CString url) {
 CString Url2Path(CString url) {
     char buffer[kUrlBufferSize] = {};
     DWORD size = kUrlBufferSize;
-    if (FAILED(qm::platform::PathCreateFromUrl(url, buffer, &size))) return CString();
+    if (FAILED(qm::platform::PathFromFileUrl(url, buffer, &size))) return CString();
     buffer[kUrlBufferSize - 1] = 0;
     // The system has decoded the escapes already; decoding again turns an escaped "%" into
     // whatever it escapes ("%2541" ends as "A").

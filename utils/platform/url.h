@@ -13,11 +13,11 @@ namespace qm::platform {
 // UrlCreateFromPathA(path, url, size, 0): a "file:" URL for path, or path itself when it is a
 // URL already (S_FALSE). *size is the buffer's size on entry and the result's length on
 // success; E_POINTER with the size needed when the buffer is too small.
-HRESULT UrlCreateFromPath(const char* path, char* url, DWORD* size);
+HRESULT FileUrlFromPath(const char* path, char* url, DWORD* size);
 
 // PathCreateFromUrlA(url, path, size, 0): the file path of a "file:" URL, escapes decoded;
 // E_INVALIDARG for anything else. Same size convention.
-HRESULT PathCreateFromUrl(const char* url, char* path, DWORD* size);
+HRESULT PathFromFileUrl(const char* url, char* path, DWORD* size);
 
 // InternetCanonicalizeUrlA(url, buf, size, ICU_BROWSER_MODE): unsafe bytes of the path
 // escaped, dot segments resolved, query and fragment left as they are. FALSE when the buffer

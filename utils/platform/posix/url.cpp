@@ -245,7 +245,7 @@ std::string CanonicalUrl(std::string s) {
 
 }  // namespace
 
-HRESULT UrlCreateFromPath(const char* path, char* url, DWORD* size) {
+HRESULT FileUrlFromPath(const char* path, char* url, DWORD* size) {
     if (!path || !url || !size) return E_INVALIDARG;
     std::string p = path;
     if (SchemeLength(p)) return CopyOut(p, url, size, S_FALSE);  // a URL already
@@ -271,7 +271,7 @@ HRESULT UrlCreateFromPath(const char* path, char* url, DWORD* size) {
     return CopyOut(out + tail, url, size, S_OK);
 }
 
-HRESULT PathCreateFromUrl(const char* url, char* path, DWORD* size) {
+HRESULT PathFromFileUrl(const char* url, char* path, DWORD* size) {
     if (!url || !path || !size) return E_INVALIDARG;
     std::string u = url;
     if (!StartsWithNoCase(u, "file:")) return E_INVALIDARG;

@@ -5,11 +5,11 @@
 
 namespace qm::platform {
 
-HRESULT UrlCreateFromPath(const char* path, char* url, DWORD* size) {
+HRESULT FileUrlFromPath(const char* path, char* url, DWORD* size) {
     return UrlCreateFromPathA(path, url, size, 0);
 }
 
-HRESULT PathCreateFromUrl(const char* url, char* path, DWORD* size) {
+HRESULT PathFromFileUrl(const char* url, char* path, DWORD* size) {
     return PathCreateFromUrlA(url, path, size, 0);
 }
 
