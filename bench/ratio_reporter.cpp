@@ -17,13 +17,14 @@ std::vector<Ratio>& Ratios() {
     return ratios;
 }
 
-// Keeps the console output and remembers each run's time per iteration (in nanoseconds).
+// Keeps the console output and remembers each run's CPU time per iteration (in nanoseconds):
+// CPU time is steadier than wall time on a shared machine.
 class RecordingReporter : public benchmark::ConsoleReporter {
 public:
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const Run& run : runs)
             if (run.run_type == Run::RT_Iteration && run.iterations > 0)
-                times[run.benchmark_name()] = run.GetAdjustedRealTime() *
+                times[run.benchmark_name()] = run.GetAdjustedCPUTime() *
                                               benchmark::GetTimeUnitMultiplier(benchmark::kNanosecond) /
                                               benchmark::GetTimeUnitMultiplier(run.time_unit);
         ConsoleReporter::ReportRuns(runs);

@@ -16,19 +16,19 @@ class MFCQMUTILS_API CDaySpan {
 public:
     CDaySpan() : m_days(0) {}
     CDaySpan(const CDaySpan& s) = default;
-    CDaySpan(long days) : m_days((LONG)days) {}
+    CDaySpan(LONG days) : m_days(days) {}
     CDaySpan& operator=(const CDaySpan& s) = default;
-    CDaySpan& operator=(long days) { m_days = (LONG)days; return *this; }
+    CDaySpan& operator=(LONG days) { m_days = days; return *this; }
 
     CDaySpan& operator++() { m_days = (LONG)((DWORD)m_days + 1); return *this; }
     CDaySpan operator++(int) { CDaySpan old(*this); ++*this; return old; }
     CDaySpan& operator--() { m_days = (LONG)((DWORD)m_days - 1); return *this; }
     CDaySpan operator--(int) { CDaySpan old(*this); --*this; return old; }
-    CDaySpan& operator+=(long n) { m_days = (LONG)((DWORD)m_days + (DWORD)n); return *this; }
-    CDaySpan& operator-=(long n) { m_days = (LONG)((DWORD)m_days - (DWORD)n); return *this; }
+    CDaySpan& operator+=(LONG n) { m_days = (LONG)((DWORD)m_days + (DWORD)n); return *this; }
+    CDaySpan& operator-=(LONG n) { m_days = (LONG)((DWORD)m_days - (DWORD)n); return *this; }
 
-    operator long() const { return m_days; }
-    long GetDays() const { return m_days; }
+    operator LONG() const { return m_days; }
+    LONG GetDays() const { return m_days; }
 
 private:
     LONG m_days;
@@ -45,8 +45,8 @@ public:
     static int m2d(int month);
     static int y2d(int year);
     static int dpm(int year, int month);
-    static long ymd2scalar(int year, int month, int day);
-    static void scalar2ymd(long scalar, int& year, int& month, int& day);
+    static LONG ymd2scalar(int year, int month, int day);
+    static void scalar2ymd(LONG scalar, int& year, int& month, int& day);
 
     CDate() : m_word(0) {}
     CDate(int year, int month, int day) { Set(year, month, day); }
@@ -62,8 +62,8 @@ public:
     void Set(int year, int month, int day);
     void FromDWORD(DWORD w) { m_word = w; }
     DWORD AsDWORD() const { return m_word; }
-    void FromScalar(long scalar);
-    long GetScalar() const;
+    void FromScalar(LONG scalar);
+    LONG GetScalar() const;
     void SetToday();  // today in UTC
 
     int GetYear() const { return (short)(m_word >> 16); }
@@ -91,7 +91,7 @@ public:
     bool operator==(const CTime& t) const;
     bool operator!=(const CTime& t) const { return !(*this == t); }
 
-    long operator-(const CDate& d) const;
+    LONG operator-(const CDate& d) const;
     CDate operator+(int n) const;
     CDate operator-(int n) const;
     CDate& operator+=(int n);
@@ -114,11 +114,12 @@ public:
     CString Format(const char* fmt) const;
     CString AsString(int longForm = 0) const;
     operator CString() const;
-    static long FindDate(const char*& p, CDate from, CDate to);
+    static LONG FindDate(const char*& p, CDate from, CDate to);
 
 private:
-    // Moves the day by n through whole months; see date.cpp for the bounded form of the walk.
+    // Moves the day by n days through whole months (the day walk); see date.cpp.
     void WalkDays(long long n);
+    void StoreFields(int year, int month, int day);
 
     DWORD m_word;
 };

@@ -25,7 +25,7 @@ long DayNumber(long y, int m, int d) {
     long yoe = y - era * 400;
     long doy = (153 * (m + (m > 2 ? -3 : 9)) + 2) / 5 + d - 1;
     long doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
-    return era * 146097 + doe - 306;
+    return era * 146097 + doe - 305;
 }
 
 void CivilFromDayNumber(long n, long& y, int& m, int& d) {

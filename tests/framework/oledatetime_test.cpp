@@ -1,0 +1,91 @@
+// The automation date scale against a calendar computed independently (std::chrono).
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <limits>
+#include <random>
+
+#include "utils/framework/COleDateTime.h"
+
+namespace {
+using namespace std::chrono;
+
+// Days from 30 December 1899 to the given date.
+long OleDay(int y, unsigned m, unsigned d) {
+    return (long)(sys_days{year{y} / month{m} / day{d}} - sys_days{year{1899} / December / day{30}}).count();
+}
+}  // namespace
+
+TEST(OleDateTime, KnownValues) {
+    struct Case { double value; int y, mo, d, h, mi, s; } cases[] = {
+        {0.0, 1899, 12, 30, 0, 0, 0},    {1.0, 1899, 12, 31, 0, 0, 0},   {2.0, 1900, 1, 1, 0, 0, 0},
+        {36526.0, 2000, 1, 1, 0, 0, 0},  {36526.5, 2000, 1, 1, 12, 0, 0}, {-1.0, 1899, 12, 29, 0, 0, 0},
+        {-1.25, 1899, 12, 29, 6, 0, 0},  {-0.5, 1899, 12, 30, 12, 0, 0}, {2958465.0, 9999, 12, 31, 0, 0, 0},
+        {-657434.0, 100, 1, 1, 0, 0, 0}, {41094.999997, 2012, 7, 5, 0, 0, 0},  // rounds to the next second
+    };
+    for (const Case& c : cases) {
+        COleDateTime t(c.value);
+        EXPECT_EQ(t.GetYear(), c.y) << c.value;
+        EXPECT_EQ(t.GetMonth(), c.mo) << c.value;
+        EXPECT_EQ(t.GetDay(), c.d) << c.value;
+        EXPECT_EQ(t.GetHour(), c.h) << c.value;
+        EXPECT_EQ(t.GetMinute(), c.mi) << c.value;
+        EXPECT_EQ(t.GetSecond(), c.s) << c.value;
+    }
+}
+
+TEST(OleDateTime, FieldsRoundTripAgainstAnIndependentCalendar) {
+    std::mt19937 rng(5);
+    std::uniform_int_distribution<int> years(100, 9999), months(1, 12), days(1, 31), hours(0, 23), mins(0, 59);
+    for (int i = 0; i < 50000; ++i) {
+        int y = years(rng), m = months(rng), d = days(rng), h = hours(rng), mi = mins(rng), s = mins(rng);
+        year_month_day ymd{year{y} / month{(unsigned)m} / day{(unsigned)d}};
+        COleDateTime t(y, m, d, h, mi, s);
+        if (!ymd.ok()) {
+            ASSERT_EQ(t.GetStatus(), COleDateTime::invalid) << y << "-" << m << "-" << d;
+            continue;
+        }
+        ASSERT_EQ(t.GetStatus(), COleDateTime::valid);
+        long day = OleDay(y, (unsigned)m, (unsigned)d);
+        double time = (h * 3600 + mi * 60 + s) / 86400.0;
+        ASSERT_DOUBLE_EQ(t.m_dt, day + (day >= 0 ? time : -time)) << y << "-" << m << "-" << d;
+        ASSERT_EQ(t.GetYear(), y);
+        ASSERT_EQ(t.GetMonth(), m);
+        ASSERT_EQ(t.GetDay(), d);
+        ASSERT_EQ(t.GetHour(), h);
+        ASSERT_EQ(t.GetMinute(), mi);
+        ASSERT_EQ(t.GetSecond(), s);
+        ASSERT_EQ(t.GetDayOfWeek(), (int)weekday{sys_days{ymd}}.c_encoding() + 1);
+    }
+}
+
+TEST(OleDateTime, OutOfRangeFieldsAndValues) {
+    for (auto f : {COleDateTime(99, 12, 31, 0, 0, 0), COleDateTime(10000, 1, 1, 0, 0, 0),
+                   COleDateTime(2001, 2, 29, 0, 0, 0), COleDateTime(2001, 1, 1, 24, 0, 0),
+                   COleDateTime(2001, 1, 1, 0, 60, 0), COleDateTime(2001, 1, 1, 0, 0, 60),
+                   COleDateTime(-1, 1, 1, 0, 0, 0), COleDateTime(2001, 0, 1, 0, 0, 0)})
+        EXPECT_EQ(f.GetStatus(), COleDateTime::invalid);
+    for (double v : {2958466.0, -657435.0, std::nan(""), std::numeric_limits<double>::infinity(), 1e300}) {
+        COleDateTime t(v);
+        EXPECT_EQ(t.GetYear(), AFX_OLE_DATETIME_ERROR) << v;
+        SYSTEMTIME st;
+        EXPECT_FALSE(t.GetAsSystemTime(st));
+    }
+    COleDateTime invalid(2000.0);
+    invalid.SetStatus(COleDateTime::invalid);
+    EXPECT_EQ(invalid.GetDay(), AFX_OLE_DATETIME_ERROR);
+    EXPECT_TRUE(invalid.Format("%Y").IsEmpty());
+}
+
+TEST(OleDateTime, OrderingAndSpansTreatNegativeValuesAsTimeOfDay) {
+    COleDateTime morning(-1.25), evening(-1.75);  // both 29 December 1899
+    EXPECT_LT(morning, evening);
+    EXPECT_NEAR((evening - morning).GetTotalHours(), 12.0, 1e-9);
+    COleDateTime next = morning + COleDateTimeSpan(1, 0, 0, 0);
+    EXPECT_EQ(next.GetDay(), 30);
+    EXPECT_EQ(next.GetHour(), 6);
+    COleDateTime t(2012, 7, 4, 10, 0, 0);
+    EXPECT_EQ(t.Format("%Y-%m-%d %H:%M"), "2012-07-04 10:00");
+    EXPECT_EQ(t.GetDayOfYear(), 186);
+}
