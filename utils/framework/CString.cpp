@@ -288,6 +288,17 @@ std::map<UINT, std::string>& ResourceTable() {
     static std::map<UINT, std::string> table;
     return table;
 }
+std::map<UINT, std::string>& DefaultResourceTable() {
+    static std::map<UINT, std::string> table;
+    return table;
+}
+bool FindIn(std::map<UINT, std::string>& table, UINT nID, CString& out) {
+    std::lock_guard<std::mutex> lock(g_resourceLock);
+    auto it = table.find(nID);
+    if (it == table.end()) return false;
+    out = CString(it->second);
+    return true;
+}
 }  // namespace
 
 namespace qm {
@@ -302,20 +313,25 @@ void ClearStringResource(UINT nID) {
     ResourceTable().erase(nID);
 }
 
+void SetDefaultStringResource(UINT nID, const char* text) {
+    std::lock_guard<std::mutex> lock(g_resourceLock);
+    DefaultResourceTable()[nID] = text ? text : "";
+}
+
+void ClearDefaultStringResource(UINT nID) {
+    std::lock_guard<std::mutex> lock(g_resourceLock);
+    DefaultResourceTable().erase(nID);
+}
+
 bool FindStringResource(UINT nID, CString& out) {
-    {
-        std::lock_guard<std::mutex> lock(g_resourceLock);
-        auto it = ResourceTable().find(nID);
-        if (it != ResourceTable().end()) {
-            out = CString(it->second);
-            return true;
-        }
-    }
+    if (FindIn(ResourceTable(), nID, out)) return true;
     char buf[1024];
     int n = qm::platform::LoadHostModuleString(nID, buf, (int)sizeof buf);
-    if (n <= 0) return false;
-    out = CString(buf, n);
-    return true;
+    if (n > 0) {
+        out = CString(buf, n < (int)sizeof buf ? n : (int)sizeof buf - 1);
+        return true;
+    }
+    return FindIn(DefaultResourceTable(), nID, out);
 }
 
 }  // namespace qm

@@ -130,10 +130,15 @@ MFCQMUTILS_API bool operator<=(const CString& a, const CString& b);
 MFCQMUTILS_API bool operator>=(const CString& a, const CString& b);
 
 namespace qm {
-// The string-resource source behind CString::LoadString. The host (or a test) fills it; an
-// id it does not hold is looked up in the host module's own string table where the platform
-// has one (Windows).
+// The string-resource source behind CString::LoadString, in three layers:
+//   1. strings the host (or a test) set with SetStringResource;
+//   2. on Windows, the host module's own string table;
+//   3. the library's defaults, set with SetDefaultStringResource (English texts for the host
+//      resources the library indexes, so that a host without them still shows sensible names).
+// The first layer that holds the id answers.
 MFCQMUTILS_API void SetStringResource(UINT nID, const char* text);
 MFCQMUTILS_API void ClearStringResource(UINT nID);
+MFCQMUTILS_API void SetDefaultStringResource(UINT nID, const char* text);
+MFCQMUTILS_API void ClearDefaultStringResource(UINT nID);
 MFCQMUTILS_API bool FindStringResource(UINT nID, CString& out);
 }  // namespace qm

@@ -1,0 +1,57 @@
+#include <gtest/gtest.h>
+
+#include "utils/common/DefaultStrings.h"
+#include "utils/framework/CString.h"
+
+namespace {
+
+CString Load(UINT id) {
+    CString s;
+    if (!s.LoadString(id)) return CString("<absent>");
+    return s;
+}
+
+TEST(DefaultStrings, HostResourcesHaveEnglishDefaults) {
+    qm::EnsureDefaultStrings();
+    const struct { UINT id; const char* text; } cases[] = {
+        {607, "Reply-To"}, {608, "Bcc"},     {609, "Organization"}, {610, "Message-ID"},
+        {611, "To"},       {612, "Sender"},  {613, "Subject"},      {614, "From"},
+        {615, "Date"},     {616, "Cc"},      {684, "Attachments"},  {685, "Priority"},
+        {659, "None"},     {660, "Low"},     {661, "Normal"},       {662, "High"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(Load(c.id), c.text) << "id " << c.id;
+}
+
+TEST(DefaultStrings, RegisteredAtLoadWithoutBeingAsked) {
+    // No call of EnsureDefaultStrings here: the library registered them when it loaded.
+    EXPECT_EQ(Load(614), "From");
+}
+
+TEST(DefaultStrings, HostStringWinsAndClearingItBringsTheDefaultBack) {
+    qm::EnsureDefaultStrings();
+    qm::SetStringResource(660, "Someday");
+    EXPECT_EQ(Load(660), "Someday");
+    qm::ClearStringResource(660);
+    EXPECT_EQ(Load(660), "Low");
+}
+
+TEST(DefaultStrings, UnknownIdIsAbsentAndLeavesTheStringAlone) {
+    CString s("kept");
+    EXPECT_FALSE(s.LoadString(64999));
+    EXPECT_EQ(s, "kept");
+    qm::SetDefaultStringResource(64999, "fallback");
+    EXPECT_TRUE(s.LoadString(64999));
+    EXPECT_EQ(s, "fallback");
+    qm::ClearDefaultStringResource(64999);
+    EXPECT_FALSE(s.LoadString(64999));
+}
+
+TEST(DefaultStrings, EnsureIsIdempotentAndDoesNotOverwriteLaterDefaults) {
+    qm::EnsureDefaultStrings();
+    qm::SetDefaultStringResource(661, "Medium");
+    qm::EnsureDefaultStrings();
+    EXPECT_EQ(Load(661), "Medium");
+    qm::SetDefaultStringResource(661, "Normal");
+}
+
+}  // namespace

@@ -1,0 +1,92 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/support/recording_sink.h"
+#include "utils/common/mfcutils.h"
+
+namespace {
+
+// The menu's items as "id:text", "---" for a separator, "[text]" for a popup.
+std::vector<std::string> Items(const CMenu& menu) {
+    std::vector<std::string> out;
+    UINT count = menu.GetMenuItemCount();
+    for (UINT i = 0; i < count; ++i) {
+        CString text;
+        menu.GetMenuString(i, text, MF_BYPOSITION);
+        UINT state = menu.GetMenuState(i, MF_BYPOSITION);
+        if (state & MF_POPUP) out.push_back("[" + text.str() + "]");
+        else if (state & MF_SEPARATOR) out.push_back("---");
+        else out.push_back(std::to_string(menu.GetMenuItemID((int)i)) + ":" + text.str());
+    }
+    return out;
+}
+
+using Strings = std::vector<std::string>;
+
+TEST(TodoLevels, NamesComeFromTheStringResources) {
+    EXPECT_STREQ(GetTodoLevelName(TL_None), "None");
+    EXPECT_STREQ(GetTodoLevelName(TL_Low), "Low");
+    EXPECT_STREQ(GetTodoLevelName(TL_Normal), "Normal");
+    EXPECT_STREQ(GetTodoLevelName(TL_High), "High");
+    EXPECT_EQ(TL_MAX, 3);
+}
+
+TEST(TodoLevels, NamesAreLoadedOnceAndKept) {
+    const char* before = GetTodoLevelName(TL_Low);
+    qm::SetStringResource(660, "Changed later");
+    EXPECT_EQ(GetTodoLevelName(TL_Low), before);
+    EXPECT_STREQ(GetTodoLevelName(TL_Low), "Low");
+    qm::ClearStringResource(660);
+}
+
+TEST(TodoLevels, LevelOutOfRangeAssertsAndGivesEmptyName) {
+    for (int tl : {-1, 4, 1000, -2147483647 - 1}) {
+        qmtest::RecordingAssertSink sink;
+        EXPECT_STREQ(GetTodoLevelName((TodoLevel)tl), "") << tl;
+        ASSERT_EQ(sink.Reports().size(), 1u);
+        EXPECT_EQ(sink.Reports()[0].expression, "tl >= 0 && tl <= TL_MAX");
+        EXPECT_EQ(sink.Reports()[0].module, "Common\\mfcutils");
+    }
+}
+
+TEST(TodoLevels, SubMenuReplacesThePlaceholder) {
+    CMenu menu;
+    ASSERT_TRUE(menu.CreatePopupMenu());
+    menu.AppendMenu(MF_STRING, 100, "Before");
+    menu.AppendMenu(MF_STRING, 200, "placeholder");
+    menu.AppendMenu(MF_STRING, 300, "After");
+    CreateTodoLevelSubMenu(menu, 200, 1000);
+    EXPECT_EQ(Items(menu), (Strings{"100:Before", "1000:None", "1001:Low", "1002:Normal", "1003:High", "---",
+                                    "300:After"}));
+}
+
+TEST(TodoLevels, PlaceholderInsideAPopupIsFoundByCommand) {
+    CMenu bar;
+    ASSERT_TRUE(bar.CreateMenu());
+    CMenu popup;
+    ASSERT_TRUE(popup.CreatePopupMenu());
+    popup.AppendMenu(MF_STRING, 200, "placeholder");
+    popup.AppendMenu(MF_STRING, 201, "Other");
+    bar.AppendMenu(MF_STRING, 1, "File");
+    ASSERT_TRUE(bar.AppendMenu(MF_POPUP, (UINT_PTR)popup.Detach(), "To-do"));
+    CreateTodoLevelSubMenu(bar, 200, 50);
+    EXPECT_EQ(Items(bar), (Strings{"1:File", "[To-do]"}));
+    CMenu* sub = bar.GetSubMenu(1);
+    ASSERT_NE(sub, nullptr);
+    EXPECT_EQ(Items(*sub), (Strings{"50:None", "51:Low", "52:Normal", "53:High", "---", "201:Other"}));
+    CMenu::DeleteTempMap();
+}
+
+// With no placeholder, inserting by command appends (the system's rule for an unknown
+// command) and the delete finds nothing: the levels end up at the end of the menu.
+TEST(TodoLevels, MissingPlaceholderAppendsTheLevels) {
+    CMenu menu;
+    ASSERT_TRUE(menu.CreatePopupMenu());
+    menu.AppendMenu(MF_STRING, 100, "Only");
+    CreateTodoLevelSubMenu(menu, 999, 10);
+    EXPECT_EQ(Items(menu), (Strings{"100:Only", "10:None", "11:Low", "12:Normal", "13:High", "---"}));
+}
+
+}  // namespace

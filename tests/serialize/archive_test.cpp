@@ -1,0 +1,315 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "utils/framework/CArchive.h"
+#include "utils/framework/geometry.h"
+
+namespace {
+
+using Bytes = std::vector<BYTE>;
+
+Bytes Contents(CMemFile& file) {
+    ULONGLONG n = file.GetLength();
+    BYTE* block = file.Detach();
+    Bytes out(block, block + n);
+    free(block);
+    return out;
+}
+
+template <typename E>
+int CauseOf(E* e) {
+    int cause = e->m_cause;
+    e->Delete();
+    return cause;
+}
+
+TEST(CArchive, BasicTypesAreLittleEndianWithFixedWidths) {
+    CMemFile file;
+    {
+        CArchive ar(&file, CArchive::store);
+        EXPECT_TRUE(ar.IsStoring());
+        EXPECT_FALSE(ar.IsLoading());
+        ar << (BYTE)0xAB << (WORD)0x0102 << (short)-2 << (int)0x01020304 << (unsigned int)0xA0B0C0D0u
+           << (long)-1 << (unsigned long)7 << true << 'z' << (long long)0x0102030405060708LL
+           << (unsigned long long)1 << 1.5f << -2.25;
+    }
+    Bytes expected{0xAB, 0x02, 0x01, 0xFE, 0xFF, 0x04, 0x03, 0x02, 0x01, 0xD0, 0xC0, 0xB0, 0xA0,
+                   0xFF, 0xFF, 0xFF, 0xFF, 0x07, 0x00, 0x00, 0x00, 0x01, 'z',
+                   0x08, 0x07, 0x06, 0x05, 0x04, 0x03, 0x02, 0x01, 0x01, 0, 0, 0, 0, 0, 0, 0,
+                   0x00, 0x00, 0xC0, 0x3F, 0, 0, 0, 0, 0, 0, 0x02, 0xC0};
+    Bytes got = Contents(file);
+    EXPECT_EQ(got, expected);
+
+    CMemFile in(got.data(), (UINT)got.size());
+    CArchive ar(&in, CArchive::load);
+    BYTE b; WORD w; short s; int i; unsigned int u; long l; unsigned long ul; bool f; char c;
+    long long ll; unsigned long long ull; float fl; double d;
+    ar >> b >> w >> s >> i >> u >> l >> ul >> f >> c >> ll >> ull >> fl >> d;
+    EXPECT_EQ(b, 0xAB);
+    EXPECT_EQ(w, 0x0102);
+    EXPECT_EQ(s, -2);
+    EXPECT_EQ(i, 0x01020304);
+    EXPECT_EQ(u, 0xA0B0C0D0u);
+    EXPECT_EQ(l, -1);
+    EXPECT_EQ(ul, 7u);
+    EXPECT_TRUE(f);
+    EXPECT_EQ(c, 'z');
+    EXPECT_EQ(ll, 0x0102030405060708LL);
+    EXPECT_EQ(ull, 1u);
+    EXPECT_EQ(fl, 1.5f);
+    EXPECT_EQ(d, -2.25);
+    EXPECT_TRUE(ar.IsBufferEmpty());
+}
+
+TEST(CArchive, ShortDataReadReturnsCountButOperatorThrows) {
+    BYTE data[3] = {1, 2, 3};
+    CMemFile in(data, 3);
+    CArchive ar(&in, CArchive::load);
+    BYTE out[8] = {};
+    EXPECT_EQ(ar.Read(out, 2), 2u);
+    int value = 0;
+    try {
+        ar >> value;
+        ADD_FAILURE() << "reading past the end did not throw";
+    } catch (CArchiveException* e) {
+        EXPECT_EQ(CauseOf(e), CArchiveException::endOfFile);
+    }
+    EXPECT_EQ(ar.Read(out, 8), 1u);
+    EXPECT_EQ(out[0], 3);
+    EXPECT_EQ(ar.Read(out, 8), 0u);
+}
+
+TEST(CArchive, SmallBufferAndLargeBlocksKeepOrder) {
+    CMemFile file(7);
+    std::string big(1000, 'x');
+    for (size_t i = 0; i < big.size(); ++i) big[i] = (char)('a' + i % 26);
+    {
+        CArchive ar(&file, CArchive::store, 1);  // raised to the minimum buffer
+        for (int i = 0; i < 100; ++i) ar << i;
+        ar.Write(big.data(), (UINT)big.size());
+        ar << (WORD)0xBEEF;
+    }
+    EXPECT_EQ(file.GetLength(), 400u + 1000u + 2u);
+    file.SeekToBegin();
+    CArchive ar(&file, CArchive::load, 1);
+    for (int i = 0; i < 100; ++i) {
+        int v = -1;
+        ar >> v;
+        ASSERT_EQ(v, i);
+    }
+    std::string back(1000, 0);
+    EXPECT_EQ(ar.Read(&back[0], 1000), 1000u);
+    EXPECT_EQ(back, big);
+    WORD w = 0;
+    ar >> w;
+    EXPECT_EQ(w, 0xBEEF);
+}
+
+TEST(CArchive, FlushWhileLoadingPutsTheFileBackWhereReadingStopped) {
+    BYTE data[64];
+    for (int i = 0; i < 64; ++i) data[i] = (BYTE)i;
+    CMemFile in(data, 64);
+    {
+        CArchive ar(&in, CArchive::load);
+        BYTE b;
+        ar >> b >> b >> b;
+        EXPECT_EQ(in.GetPosition(), 64u) << "the archive read ahead";
+        ar.Flush();
+        EXPECT_EQ(in.GetPosition(), 3u);
+    }
+    EXPECT_EQ(in.GetPosition(), 3u);
+}
+
+TEST(CArchive, ClosedArchiveRefusesWork) {
+    CMemFile file;
+    CArchive ar(&file, CArchive::store);
+    ar << 1;
+    ar.Close();
+    EXPECT_EQ(ar.GetFile(), nullptr);
+    EXPECT_EQ(file.GetLength(), 4u);
+    try {
+        ar << 2;
+        ADD_FAILURE();
+    } catch (CArchiveException* e) {
+        EXPECT_EQ(CauseOf(e), CArchiveException::genericException);
+    }
+}
+
+TEST(CArchive, AbortDropsUnwrittenData) {
+    CMemFile file;
+    {
+        CArchive ar(&file, CArchive::store);
+        ar << 1 << 2;
+        ar.Abort();
+    }
+    EXPECT_EQ(file.GetLength(), 0u);
+    {
+        CArchive ar(&file, CArchive::store | CArchive::bNoFlushOnDelete);
+        ar << 1;
+    }
+    EXPECT_EQ(file.GetLength(), 0u);
+}
+
+TEST(CMemFile, FixedBlockReadsItsBytesAndCannotGrow) {
+    BYTE block[4] = {9, 8, 7, 6};
+    CMemFile f(block, 4);
+    EXPECT_EQ(f.GetLength(), 4u);
+    BYTE out[8];
+    EXPECT_EQ(f.Read(out, 8), 4u);
+    EXPECT_EQ(out[3], 6);
+    f.SeekToBegin();
+    f.Write("ab", 2);
+    EXPECT_EQ(block[0], 'a');
+    EXPECT_THROW(
+        try { f.Write("xyz", 3); } catch (CMemoryException* e) {
+            e->Delete();
+            throw 1;
+        },
+        int);
+    EXPECT_EQ(f.Detach(), block);
+    EXPECT_EQ(f.GetLength(), 0u);
+}
+
+TEST(CMemFile, GrowsSeeksAndZeroFillsGaps) {
+    CMemFile f(4);
+    f.Write("abc", 3);
+    EXPECT_EQ(f.Seek(5, CFile::current), 8u);
+    f.Write("z", 1);
+    EXPECT_EQ(f.GetLength(), 9u);
+    EXPECT_EQ(f.Seek(-1, CFile::end), 8u);
+    EXPECT_EQ(f.Seek(0, CFile::begin), 0u);
+    try {
+        f.Seek(-1, CFile::begin);
+        ADD_FAILURE();
+    } catch (CFileException* e) {
+        EXPECT_EQ(CauseOf(e), CFileException::badSeek);
+    }
+    EXPECT_EQ(f.GetPosition(), 0u);
+    f.SetLength(2);
+    EXPECT_EQ(f.GetLength(), 2u);
+    f.SetLength(5);
+    Bytes got = Contents(f);
+    EXPECT_EQ(got, (Bytes{'a', 'b', 0, 0, 0}));
+}
+
+TEST(CMemFile, SeekFarPastTheEndThenWritingFailsCleanly) {
+    BYTE block[2] = {0, 0};
+    CMemFile f(block, 2);
+    f.Seek(1000, CFile::begin);
+    BYTE out;
+    EXPECT_EQ(f.Read(&out, 1), 0u);
+    EXPECT_THROW(
+        try { f.Write("q", 1); } catch (CMemoryException* e) {
+            e->Delete();
+            throw 1;
+        },
+        int);
+}
+
+std::string TempName(const char* tag) {
+    const char* dir = std::getenv("TMPDIR");
+#if defined(_WIN32)
+    if (!dir) dir = std::getenv("TEMP");
+#endif
+    std::string base = dir && *dir ? dir : ".";
+    return base + "/qm_archive_" + tag + "_" + std::to_string((unsigned long)std::rand()) + ".bin";
+}
+
+TEST(CFile, ArchiveThroughAFileOnDisk) {
+    std::string name = TempName("disk");
+    {
+        CFile f(name.c_str(), CFile::modeCreate | CFile::modeWrite);
+        CArchive ar(&f, CArchive::store);
+        ar << 12345 << (WORD)7;
+        ar.Close();
+        EXPECT_EQ(f.GetLength(), 6u);
+        f.Close();
+    }
+    {
+        CFile f;
+        ASSERT_TRUE(f.Open(name.c_str(), CFile::modeRead));
+        EXPECT_EQ(f.GetLength(), 6u);
+        CArchive ar(&f, CArchive::load);
+        int i = 0;
+        WORD w = 0;
+        ar >> i >> w;
+        EXPECT_EQ(i, 12345);
+        EXPECT_EQ(w, 7);
+        try {
+            ar >> w;
+            ADD_FAILURE();
+        } catch (CArchiveException* e) {
+            EXPECT_EQ(CauseOf(e), CArchiveException::endOfFile);
+        }
+    }
+    {
+        // Open for writing without truncating, append at the end.
+        CFile f(name.c_str(), CFile::modeCreate | CFile::modeNoTruncate | CFile::modeReadWrite);
+        f.SeekToEnd();
+        f.Write("!", 1);
+        EXPECT_EQ(f.GetLength(), 7u);
+        f.SeekToBegin();
+        BYTE first = 0;
+        EXPECT_EQ(f.Read(&first, 1), 1u);
+        EXPECT_EQ(first, 0x39);  // 12345 = 0x3039
+    }
+    std::remove(name.c_str());
+}
+
+TEST(CFile, MissingFileReportsItsCause) {
+    std::string name = TempName("missing");
+    CFile f;
+    CFileException error;
+    EXPECT_FALSE(f.Open(name.c_str(), CFile::modeRead, &error));
+    EXPECT_EQ(error.m_cause, CFileException::fileNotFound);
+    EXPECT_EQ(f.m_hFile, CFile::hFileNull);
+    try {
+        CFile g(name.c_str(), CFile::modeRead);
+        ADD_FAILURE();
+    } catch (CFileException* e) {
+        EXPECT_EQ(CauseOf(e), CFileException::fileNotFound);
+    }
+}
+
+TEST(CFile, FileNameIsTheLastPathPart) {
+    std::string name = TempName("name");
+    CFile f(name.c_str(), CFile::modeCreate | CFile::modeWrite);
+    EXPECT_EQ(f.GetFilePath(), name.c_str());
+    std::string leaf = name.substr(name.find_last_of("/\\") + 1);
+    EXPECT_EQ(f.GetFileName(), leaf.c_str());
+    f.Close();
+    std::remove(name.c_str());
+}
+
+TEST(Geometry, RectsPointsAndSizes) {
+    CRect r(10, 20, 30, 60);
+    EXPECT_EQ(r.Width(), 20);
+    EXPECT_EQ(r.Height(), 40);
+    EXPECT_EQ(r.Size(), CSize(20, 40));
+    EXPECT_TRUE(r.PtInRect(CPoint(10, 20)));
+    EXPECT_FALSE(r.PtInRect(CPoint(30, 20))) << "right edge is exclusive";
+    EXPECT_FALSE(r.PtInRect(CPoint(10, 60))) << "bottom edge is exclusive";
+    CRect i;
+    EXPECT_TRUE(i.IntersectRect(r, CRect(25, 0, 100, 30)));
+    EXPECT_EQ(i, CRect(25, 20, 30, 30));
+    EXPECT_FALSE(i.IntersectRect(r, CRect(30, 20, 40, 60))) << "touching rectangles do not overlap";
+    EXPECT_TRUE(i.IsRectNull());
+    CRect u;
+    EXPECT_TRUE(u.UnionRect(r, CRect(0, 0, 0, 0)));
+    EXPECT_EQ(u, r) << "an empty rectangle adds nothing";
+    CRect n(5, 5, 1, 1);
+    EXPECT_TRUE(n.IsRectEmpty());
+    n.NormalizeRect();
+    EXPECT_EQ(n, CRect(1, 1, 5, 5));
+    CPoint p(3, 4);
+    EXPECT_EQ(p - CPoint(1, 1), CSize(2, 3));
+    CRect wide(INT_MIN, 0, INT_MAX, 1);
+    EXPECT_EQ(wide.Width(), -1) << "width wraps in 32 bits";
+}
+
+}  // namespace
