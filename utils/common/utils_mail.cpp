@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "utils/common/CVLogger.h"
+#include "utils/common/DefaultStrings.h"
 #include "utils/common/utils_text.h"
 #include "utils/framework/mbchar.h"
 
@@ -436,6 +437,7 @@ const char* GetEMailFieldName(EMailFieldNameType t) {
     // Loaded once for the process on the first call; the user-interface thread is the only
     // caller, so the flag needs no lock.
     if (!g_fieldNamesLoaded) {
+        qm::EnsureDefaultStrings();  // English names where the host has none
         for (int i = 0; i < EMF_Last; ++i) g_fieldNames[i].LoadString(kFieldNames[i].resourceId);
         g_fieldNamesLoaded = true;
     }
