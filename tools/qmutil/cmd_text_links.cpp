@@ -78,7 +78,10 @@ const char kSampleNote[] =
     "the archive is at ftp.example.test/pub, the old one at www.example.test).\r";
 
 void Tour() {
-    std::printf("\n(note.txt holds: %s)\n", "Minutes: see http://www.example.test/minutes.html (draft). ...");
+    std::string shown = kSampleNote;
+    for (char& c : shown)
+        if (c == '\r') c = '\n';
+    std::printf("\nnote.txt (CR line ends):\n%s", shown.c_str());
     qmutil::TourStep("text links note.txt");
     PrintLinks(kSampleNote);
     qmutil::TourStep("text emails note.txt");
