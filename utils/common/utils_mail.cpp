@@ -15,23 +15,32 @@ namespace {
 
 typedef unsigned char uchar;
 
+// A set of bytes, tested by table lookup. Built from a NUL-terminated list, so the NUL itself
+// is never a member (a strchr test would report the terminator as found and let a scan run
+// past the end of its text).
+struct ByteSet {
+    bool member[256] = {};
+    explicit ByteSet(const char* bytes) {
+        for (const char* p = bytes; *p; ++p) member[(uchar)*p] = true;
+    }
+    bool operator()(uchar c) const { return member[c]; }
+};
+
 // Ends a host or path run. Bytes 0x01/0x02 open and close inline command runs and 0x17 is the
 // in-text line mark: none of them can be part of a link.
-const char kHostStop[] = "<>\"{}|^`\n\r\t \x17\x01\x02;";
+const ByteSet kHostStop("<>\"{}|^`\n\r\t \x17\x01\x02;");
 // Stripped from the end of a found link ("see www.host.test)." ends before the bracket).
-const char kTrailingPunctuation[] = "()<>.,;'[]";
+const ByteSet kTrailingPunctuation("()<>.,;'[]");
 // Ends the path of a "file://" link.
-const char kFilePathStop[] = ",?#\n\r\t ;";
+const ByteSet kFilePathStop(",?#\n\r\t ;");
 // May not occur before the "@" of an address.
-const char kMailboxStop[] = ",\n\r\t /\\#?%;'\"<>[]():";
+const ByteSet kMailboxStop(",\n\r\t /\\#?%;'\"<>[]():");
 // Separates the candidate words that CollectEMails tries.
-const char kWordDelimiters[] = " ,.'()\"?!\t\r:;$-+=&`/\\_|[]{}<>~#%^*";
+const ByteSet kWordDelimiters(" ,.'()\"?!\t\r:;$-+=&`/\\_|[]{}<>~#%^*");
 // Trimmed from both ends of a display name.
 const char kNameTrim[] = " \t\"\r\n";
 
-// Membership in a NUL-terminated set; the terminator itself is never a member (strchr would
-// report the NUL as found, which would let a scan run past the end of its text).
-bool InSet(uchar c, const char* set) { return c != 0 && std::strchr(set, c) != nullptr; }
+bool InSet(uchar c, const ByteSet& set) { return set(c); }
 
 // Case-insensitive prefix test (the runtime's _mbsnicmp over the prefix's length); stops at
 // the text's NUL, so a short text never reads past its end.
