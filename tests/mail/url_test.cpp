@@ -79,6 +79,20 @@ TEST(Url2Path, DecodesOnceInTheSystemAndOnceMore) {
     for (const Conversion& c : cases) EXPECT_EQ(Bytes(Url2Path(c.input)), c.expected) << c.input;
 }
 
+TEST(Url2Path, PathTooLongForItsBufferGivesEmpty) {
+    std::string fits = "file:///C:/" + std::string(2080, 'a');  // 2083 bytes of path
+    EXPECT_EQ(Url2Path(fits.c_str()).GetLength(), 2083);
+    std::string tooLong = "file:///C:/" + std::string(2081, 'a');
+    EXPECT_EQ(Url2Path(tooLong.c_str()), "");
+}
+
+TEST(UlrCanonize, EveryByteEscapedStillFitsTheBuffer) {
+    std::string url = "http://h/" + std::string(10000, '"');
+    std::string expected = "http://h/";
+    for (int i = 0; i < 10000; ++i) expected += "%22";
+    EXPECT_EQ(Bytes(UlrCanonize(url.c_str())), expected);
+}
+
 TEST(Url2Path, MalformedEscapesAfterTheSystem) {
     // The system keeps "%2" and "%zz"; the second decoding drops a "%" near the end and turns
     // a malformed pair into a NUL byte.
