@@ -1,0 +1,272 @@
+// Links and e-mail addresses found in note text.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <set>
+#include <string>
+
+#include "tests/support/recording_sink.h"
+#include "utils/common/utils_mail.h"
+
+namespace {
+
+struct UrlCase {
+    const char* text;
+    bool valid;
+    int len;          // expected length when valid
+    int isMail;       // -1: must stay untouched, 0/1: expected value
+};
+
+const UrlCase kUrlCases[] = {
+    // A final "." is dropped and takes a counted dot with it.
+    {"http://www.host.test/a.", true, 22, -1},
+    {"http://host.test/a.", false, 0, -1},
+    {"http://localhost", false, 0, -1},
+    {"http://a/b.c", false, 0, -1},  // a slash before any dot
+    {"HTTP://Host.Test/x", true, 18, -1},
+    {"http://host.test/a b", true, 18, -1},
+    {"http://a.b\x01" "cmd\x02", true, 10, -1},
+    {"http://a.b\x17more", true, 10, -1},
+    {"https://host.test/q?x=1#f", true, 25, -1},
+    {"ftp.host.test/pub", true, 17, -1},
+    {"news:comp.lang", true, 14, -1},
+    {"Mk:@MSITStore:help.chm::/a.htm", true, 30, -1},
+    {"ms-its:x.chm", true, 12, -1},
+    // Trailing punctuation runs are stripped together.
+    {"www.host.test).", true, 13, 0},
+    {"www.host", true, 8, 0},
+    {"www.", false, 0, 0},
+    // E-mail step.
+    {"jd@host.test,", true, 12, 1},
+    {"jd@host.test.", true, 12, 1},
+    {"jd@host.test<b", true, 12, 1},
+    {"_x@host.test", true, 12, 1},
+    {"jd@ho\xE9st.test", true, 13, 1},
+    {"mailto:jd@host.test", true, 19, 1},
+    {"MAILTO:jd@host.test", true, 19, 1},
+    {"mailto:@host.test", true, 17, 1},  // empty mailbox accepted after the prefix
+    {"jd@host.test/x", false, 0, 0},
+    {"jd@host", false, 0, 0},
+    {"jd@host.", false, 0, 0},
+    {"j,d@host.test", false, 0, 0},
+    {"jd @host.test", false, 0, 0},
+    {"@host.test", false, 0, -1},  // "@" cannot start a link at all
+    {"-x@host.test", false, 0, -1},
+    // "file://" runs to a space, comma, "?", "#" or ";".
+    {"file://C:\\a b", true, 11, 0},
+    {"FILE://C:/a;b", true, 11, 0},
+    {"file://", false, 0, 0},
+    {"file:// x", false, 0, 0},
+    {"plain words", false, 0, 0},
+    {"", false, 0, -1},
+};
+
+TEST(IsValidURL, RecognisesLinksAtTheStartOfText) {
+    for (const UrlCase& c : kUrlCases) {
+        SCOPED_TRACE(c.text);
+        int len = -7;
+        bool isMail = true;
+        bool ok = IsValidURL(c.text, len, isMail);
+        EXPECT_EQ(ok, c.valid);
+        if (c.valid) EXPECT_EQ(len, c.len);
+        else EXPECT_EQ(len, -7) << "len must stay untouched on failure";
+        if (c.isMail >= 0) {
+            EXPECT_EQ(isMail, c.isMail == 1);
+        } else {
+            // Untouched: whatever the caller had stays, true or false.
+            bool other = false;
+            IsValidURL(c.text, len, other);
+            EXPECT_TRUE(isMail);
+            EXPECT_FALSE(other);
+        }
+    }
+}
+
+TEST(IsValidURL, NullTextIsNoLink) {
+    int len = 3;
+    bool isMail = true;
+    EXPECT_FALSE(IsValidURL(nullptr, len, isMail));
+    EXPECT_EQ(len, 3);
+    EXPECT_TRUE(isMail);
+}
+
+TEST(IsValidURL, LongAndControlFilledTextStaysInBounds) {
+    std::string text = "http://a.b/";
+    text.append(200000, 'x');
+    int len = 0;
+    bool isMail = false;
+    ASSERT_TRUE(IsValidURL(text.c_str(), len, isMail));
+    EXPECT_EQ(len, (int)text.size());
+    std::string mail(100000, 'm');
+    mail += "@";
+    mail.append(100000, '.');
+    EXPECT_FALSE(IsValidURL(mail.c_str(), len, isMail));
+    for (int b = 1; b < 256; ++b) {
+        char s[] = {'a', (char)b, '@', 'h', '.', 't', (char)b, 0};
+        IsValidURL(s, len, isMail);  // must not crash or read past the NUL
+    }
+}
+
+TEST(IsExternalLink, AlwaysLeavesTheDecisionToTheHost) {
+    EXPECT_FALSE(IsExternalLink("http://host.test/"));
+    EXPECT_FALSE(IsExternalLink(""));
+    EXPECT_FALSE(IsExternalLink(nullptr));
+}
+
+TEST(IsLooksLikeEmailAddress, PlausibilityRules) {
+    const struct {
+        const char* text;
+        bool expected;
+    } cases[] = {
+        {"jd@host.test", true},   {"jd.x@host", true},      {"jd@host.test\t", true},
+        {"", false},              {"jdhost.test", false},   {".jd@host.test", false},
+        {"jd@host.test.", false}, {"jd@host", false},       {"a@b@c.d", false},
+        {"j d@host.test", false}, {"@.", false},            {"a.@", true},
+    };
+    for (const auto& c : cases) EXPECT_EQ(IsLooksLikeEmailAddress(c.text), c.expected) << c.text;
+}
+
+TEST(IsLooksLikeEmailAddress, NullIsReportedAndRejected) {
+    qmtest::RecordingAssertSink sink;
+    EXPECT_FALSE(IsLooksLikeEmailAddress(nullptr));
+    ASSERT_EQ(sink.Reports().size(), 1u);
+    EXPECT_EQ(sink.Reports()[0].expression, "ptr_address");
+    EXPECT_EQ(sink.Reports()[0].module, "Common\\utils");
+}
+
+std::set<std::string> Collect(const CString& text) {
+    CStringSet found;
+    EXPECT_EQ(CollectEMails(text, found), 0);
+    std::set<std::string> out;
+    for (const CString& s : found) out.insert(s.str());
+    return out;
+}
+
+TEST(CollectEMails, FindsEveryAddressOnce) {
+    typedef std::set<std::string> S;
+    EXPECT_EQ(Collect("write to (jd@host.test)."), S({"jd@host.test"}));
+    EXPECT_EQ(Collect("a@b.c, A@B.C; a@b.c"), S({"A@B.C", "a@b.c"}));
+    // Words are split at "_" and ".", but the address scan runs on from the word's start.
+    EXPECT_EQ(Collect("user_name@host.test first.last@host.test"),
+              S({"user_name@host.test", "first.last@host.test"}));
+    EXPECT_EQ(Collect("see mailto:x@y.z now"), S({"mailto:x@y.z"}));
+    EXPECT_EQ(Collect("x@y @host.test jd@host.test/x"), S());
+    // The line mark ends an address but is no word delimiter, so the skip after it runs over
+    // the next address's start up to its first ".".
+    EXPECT_EQ(Collect("one\rtwo@three.four\x17" "five@six.seven"), S({"two@three.four"}));
+    EXPECT_EQ(Collect(""), S());
+}
+
+TEST(CollectEMails, KeepsWhatTheSetHeldAndStopsAtAnEmbeddedNul) {
+    CStringSet found;
+    found.Add("old@entry.test");
+    CollectEMails(CString("a@b.c\0x@y.z", 11), found);
+    EXPECT_TRUE(found.Contains("old@entry.test"));
+    EXPECT_TRUE(found.Contains("a@b.c"));
+    EXPECT_EQ(found.GetCount(), 2);
+}
+
+// The address scan written out plainly from its rules, without the shortcuts that keep
+// CollectEMails linear; the two must find the same addresses.
+bool ModelInSet(unsigned char c, const char* set) { return c && std::strchr(set, c); }
+
+bool ModelHost(const unsigned char* s, int& len) {
+    const char* stop = "<>\"{}|^`\n\r\t \x17\x01\x02;";
+    int i = 0, dots = 0;
+    bool slash = false;
+    for (; s[i] >= 33 && !ModelInSet(s[i], stop); ++i) {
+        if (s[i] == '.') dots++;
+        if (s[i] == '/' || s[i] == '\\') {
+            if (!dots) return false;
+            slash = true;
+            break;
+        }
+    }
+    if (slash || !dots) return false;
+    while (i > 0 && ModelInSet(s[i - 1], "()<>.,;'[]")) {
+        if (s[i - 1] == '.') dots--;
+        i--;
+    }
+    len = i;
+    return dots > 0;
+}
+
+bool ModelEMail(const unsigned char* s, int& len) {
+    int p = 7;
+    for (int k = 0; k < 7; ++k)
+        if (!s[k] || (s[k] | 0x20) != (unsigned char)"mailto:"[k]) {
+            p = 0;
+            break;
+        }
+    int start = p;
+    if (s[p] < 33) return false;
+    while (s[p] != '@') {
+        if (s[p] < 33 || ModelInSet(s[p], ",\n\r\t /\\#?%;'\"<>[]():")) return false;
+        p++;
+    }
+    if (start == 0 && p == 0) return false;
+    int h = 0;
+    if (!ModelHost(s + p + 1, h)) return false;
+    len = p + 1 + h;
+    return true;
+}
+
+std::set<std::string> ModelCollect(const std::string& text) {
+    const char* delims = " ,.'()\"?!\t\r:;$-+=&`/\\_|[]{}<>~#%^*";
+    std::set<std::string> out;
+    size_t i = 0;
+    while (i < text.size()) {
+        if (ModelInSet((unsigned char)text[i], delims)) {
+            i++;
+            continue;
+        }
+        int len = 0;
+        if (ModelEMail((const unsigned char*)text.c_str() + i, len)) {
+            out.insert(text.substr(i, len));
+            i += len;
+        } else {
+            while (i < text.size() && !ModelInSet((unsigned char)text[i], delims)) i++;
+        }
+    }
+    return out;
+}
+
+TEST(CollectEMails, AgreesWithAPlainModelOnRandomText) {
+    std::mt19937 rng(20261122);
+    const char alphabet[] = "ab.@_-, x\r\n/()<>:;m";
+    for (int round = 0; round < 3000; ++round) {
+        std::string text;
+        int n = (int)(rng() % 40);
+        for (int k = 0; k < n; ++k) text += alphabet[rng() % (sizeof(alphabet) - 1)];
+        if (rng() % 5 == 0) text.insert(rng() % (text.size() + 1), "mailto:");
+        ASSERT_EQ(Collect(CString(text.c_str())), ModelCollect(text)) << "text: " << text;
+    }
+}
+
+TEST(CollectEMails, LongRunsFinishInLinearTime) {
+    // A run where every word restarts a long walk over the same bytes.
+    std::string text = "a@";
+    for (int i = 0; i < 200000; ++i) text += "a.";
+    text += "/";
+    EXPECT_TRUE(Collect(CString(text.c_str())).empty());
+    std::string many;
+    for (int i = 0; i < 20000; ++i) many += "n" + std::to_string(i) + "@host.test ";
+    EXPECT_EQ(Collect(CString(many.c_str())).size(), 20000u);
+}
+
+TEST(CStringSet, OrderedAndUnique) {
+    CStringSet set;
+    EXPECT_TRUE(set.IsEmpty());
+    EXPECT_TRUE(set.Add("b"));
+    EXPECT_TRUE(set.Add("a"));
+    EXPECT_FALSE(set.Add("b"));
+    EXPECT_EQ(set.GetCount(), 2);
+    EXPECT_EQ(*set.begin(), "a");
+    EXPECT_TRUE(set.Remove("a"));
+    EXPECT_FALSE(set.Remove("a"));
+    set.RemoveAll();
+    EXPECT_TRUE(set.IsEmpty());
+}
+
+}  // namespace

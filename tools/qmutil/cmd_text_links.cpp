@@ -1,0 +1,119 @@
+// qmutil text links|emails|addresses: links and e-mail addresses in a file, and address lists.
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "command.h"
+#include "utils/common/utils_mail.h"
+#include "utils/framework/mbchar.h"
+
+namespace {
+
+std::string ReadFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) throw qmutil::UsageError("cannot read '" + path + "'");
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+// A link is only looked for where a word starts, so "www.host.test" is not found again as
+// "ww.host.test" one byte later.
+bool StartsWord(const std::string& text, size_t i) {
+    if (i == 0) return true;
+    unsigned char prev = (unsigned char)text[i - 1];
+    return !mbc::IsAlnum(prev) && prev != '_' && prev != '.' && prev != '-' && prev != '@' && prev != ':' &&
+           prev != '/' && prev != '\\' && prev != '%' && prev < 0x80;
+}
+
+// Prints "offset<TAB>length<TAB>kind<TAB>text" for every link and address in text.
+void PrintLinks(const std::string& text) {
+    size_t i = 0;
+    while (i < text.size()) {
+        int len = 0;
+        bool isMail = false;
+        if (StartsWord(text, i) && IsValidURL(text.c_str() + i, len, isMail) && len > 0) {
+            std::printf("%lu\t%d\t%s\t%s\n", (unsigned long)i, len, isMail ? "email" : "link", text.substr(i, (size_t)len).c_str());
+            i += (size_t)len;
+        } else {
+            ++i;
+        }
+    }
+}
+
+void PrintEMails(const std::string& text) {
+    CStringSet found;
+    CollectEMails(CString(text.data(), (int)text.size()), found);
+    for (const CString& address : found) std::printf("%s\n", address.GetString());
+}
+
+void PrintAddresses(const std::string& list) {
+    std::map<CString, CString> pairs;
+    ExtractEMailAddresses(CString(list.data(), (int)list.size()), pairs);
+    for (const auto& pair : pairs) std::printf("%s\t%s\n", pair.first.GetString(), pair.second.GetString());
+}
+
+int RunLinks(const std::vector<std::string>& args) {
+    qmutil::RequireArgs(args, 1, "text links FILE");
+    PrintLinks(ReadFile(args[0]));
+    return 0;
+}
+
+int RunEMails(const std::vector<std::string>& args) {
+    qmutil::RequireArgs(args, 1, "text emails FILE");
+    PrintEMails(ReadFile(args[0]));
+    return 0;
+}
+
+int RunAddresses(const std::vector<std::string>& args) {
+    qmutil::RequireArgs(args, 1, "text addresses \"LIST\"");
+    PrintAddresses(args[0]);
+    return 0;
+}
+
+const char kSampleNote[] =
+    "Minutes: see http://www.example.test/minutes.html (draft).\r"
+    "Questions to Jane <jane.doe@example.test> or mailto:desk@example.test; "
+    "the archive is at ftp.example.test/pub, the old one at www.example.test).\r";
+
+void Tour() {
+    std::string shown = kSampleNote;
+    for (char& c : shown)
+        if (c == '\r') c = '\n';
+    std::printf("\nnote.txt (CR line ends):\n%s", shown.c_str());
+    qmutil::TourStep("text links note.txt");
+    PrintLinks(kSampleNote);
+    qmutil::TourStep("text emails note.txt");
+    PrintEMails(kSampleNote);
+    const char* list = "\"Doe, Jane\" <jane.doe@example.test>, bob@example.test; Ann (home) <ann@example.test>";
+    qmutil::TourStep("text addresses '\"Doe, Jane\" <jane.doe@example.test>, bob@example.test; Ann (home) <ann@example.test>'");
+    PrintAddresses(list);
+}
+
+const char kLinksHelp[] =
+    "usage: qmutil text links FILE\n"
+    "Prints every link and e-mail address found in FILE, one a line:\n"
+    "  OFFSET<TAB>LENGTH<TAB>link|email<TAB>TEXT\n"
+    "Links start with a known scheme (http://, https://, ftp://, ftp., news:, ...), file:// or\n"
+    "www.; trailing punctuation is not part of a link.\n";
+
+const char kEMailsHelp[] =
+    "usage: qmutil text emails FILE\n"
+    "Prints every distinct e-mail address found in FILE, one a line, in byte order.\n";
+
+const char kAddressesHelp[] =
+    "usage: qmutil text addresses \"LIST\"\n"
+    "Splits an address list (items separated by \",\" or \";\") and prints each distinct\n"
+    "address with the display name it was first given:\n"
+    "  ADDRESS<TAB>NAME\n"
+    "Comments in parentheses are removed from addresses.\n";
+
+qmutil::Registrar g_links({"text", "links", "list the links and e-mail addresses in a file", kLinksHelp, RunLinks,
+                           Tour, 72});
+qmutil::Registrar g_emails({"text", "emails", "list the e-mail addresses in a file", kEMailsHelp, RunEMails,
+                            nullptr, 72});
+qmutil::Registrar g_addresses({"text", "addresses", "split an address list into addresses and names",
+                               kAddressesHelp, RunAddresses, nullptr, 72});
+
+}  // namespace
