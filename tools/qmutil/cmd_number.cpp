@@ -264,33 +264,33 @@ qmutil::Registrar format({"number", "format", "grouped, fixed-decimal, significa
                           "  --digits 1..24       N significant digits in the Windows runtime's form (\"1.e+010\")\n"
                           "  --width 1..32        exactly N zero-padded digits (a wider value keeps its lowest\n"
                           "                       digits); with --hex, upper-case hexadecimal of 0..4294967295\n",
-                          RunFormat, TourFormat, 70});
+                          RunFormat, TourFormat, 30});
 qmutil::Registrar parse({"number", "parse", "read a decimal number, with an optional currency mark",
                          "usage: qmutil number parse TEXT\n"
                          "  Reads TEXT as a decimal number with the user's decimal separator; blanks around it\n"
                          "  and one \"$\" (or \"?\") before or after it are allowed. Prints the value and the count\n"
                          "  of characters after the point. Text that is not a number is refused (exit code 2).\n",
-                         RunParse, TourParse, 71});
+                         RunParse, TourParse, 31});
 qmutil::Registrar size({"number", "size", "a byte count with K, M, G or T",
                         "usage: qmutil number size BYTES\n"
                         "  Prints BYTES (a 64-bit integer) in the largest unit up to T with one decimal,\n"
                         "  and, when it differs, the file-list form, which stops at G.\n",
-                        RunSize, TourSize, 72});
+                        RunSize, TourSize, 32});
 qmutil::Registrar ordinal({"number", "ordinal", "1st, 2nd, 3rd, 4th ...",
                            "usage: qmutil number ordinal N\n  N is a 32-bit integer; negative numbers take the suffix of their magnitude.\n",
-                           RunOrdinal, TourOrdinal, 73});
+                           RunOrdinal, TourOrdinal, 33});
 qmutil::Registrar alpha({"number", "alpha", "alphabetic list counter (a .. z, aa, bb ...)",
                          "usage: qmutil number alpha N [--upper]\n  N from 1 to 2600: 1 is \"a\", 26 \"z\", 27 \"aa\", 28 \"bb\".\n",
-                         RunAlpha, TourAlpha, 74});
+                         RunAlpha, TourAlpha, 34});
 qmutil::Registrar escape({"number", "escape", "escape control bytes for one-line storage",
                           "usage: qmutil number escape TEXT [--extended]\n"
                           "  TAB, LF, CR and backslash become \\t \\n \\r \\\\, other bytes below 32 \\xHH;\n"
                           "  with --extended bytes 1 and 2 become \\b and \\e.\n",
-                          RunEscape, TourEscape, 75});
+                          RunEscape, TourEscape, 35});
 qmutil::Registrar unescape({"number", "unescape", "decode escaped one-line text",
                             "usage: qmutil number unescape TEXT [--extended] [--raw]\n"
                             "  Reverses 'number escape'; unknown escapes are kept as they are. Control bytes\n"
                             "  in the result are shown as ^X unless --raw writes the bytes unchanged.\n",
-                            RunUnescape, TourUnescape, 76});
+                            RunUnescape, TourUnescape, 36});
 
 }  // namespace

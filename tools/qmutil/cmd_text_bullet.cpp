@@ -135,8 +135,8 @@ void TourBullet() {
 void TourTodo() { Step("text todo-levels", {}, RunTodoLevels); }
 
 qmutil::Registrar g_bullet({"text", "bullet", "list labels: numbers, letters, Roman numerals, bullet symbols", kBulletHelp,
-                            RunBullet, TourBullet, 740});
+                            RunBullet, TourBullet, 70});
 qmutil::Registrar g_todo({"text", "todo-levels", "the to-do level names and their menu", kTodoHelp, RunTodoLevels,
-                          TourTodo, 741});
+                          TourTodo, 71});
 
 }  // namespace

@@ -278,29 +278,29 @@ const qmutil::Registrar kReplace({"text", "replace", "replace every occurrence o
                                   "  -e          read \\r \\n \\t \\\\ and \\xHH in the arguments that follow\n"
                                   "  -o OUT      write the result to OUT byte for byte (a Windows console's\n"
                                   "              standard output turns each LF into CR LF)\n",
-                                  RunReplace, TourTextEdit, 70});
+                                  RunReplace, TourTextEdit, 50});
 const qmutil::Registrar kFind({"text", "find", "offsets of a text in a file, ignoring case",
                                "usage: qmutil text find FILE PATTERN [--skip-commands] [-e]\n"
                                "  Prints the byte offset of every occurrence of PATTERN, compared ignoring case.\n"
                                "  --skip-commands  pass over inline command runs (0x01 ... 0x02), also inside a\n"
                                "                   match. Exit code 1 when nothing is found.\n",
-                               RunFind, nullptr, 71});
+                               RunFind, nullptr, 51});
 const qmutil::Registrar kFields({"text", "wrap-fields", "fill @1..@9 of a template from the lines after a name",
                                  "usage: qmutil text wrap-fields NAME DATAFILE TEMPLATEFILE [-e] [-o OUT]\n"
                                  "  Finds NAME in DATAFILE (inline command runs are skipped); the lines after it,\n"
                                  "  up to the next NAME, fill the markers @1 to @9 of TEMPLATEFILE. A marker in\n"
                                  "  braces, {@1}, loses its braces; a blank value removes the marker.\n",
-                                 RunFields, nullptr, 72});
+                                 RunFields, nullptr, 52});
 const qmutil::Registrar kMerge({"text", "merge-field", "replace a field marker in a template by a value",
                                 "usage: qmutil text merge-field TEMPLATEFILE MARKER VALUE [-e] [-o OUT]\n"
                                 "  Replaces MARKER (compared ignoring case) by VALUE. A marker \"{name\" is a field\n"
                                 "  only when spaces and \"}\" follow it: the spaces are the width kept for the value.\n"
                                 "  A blank VALUE removes the marker with its braces and padding.\n",
-                                RunMergeField, nullptr, 73});
+                                RunMergeField, nullptr, 53});
 const qmutil::Registrar kSort({"text", "sort-lines", "sort the lines of a file (ties keep their order)",
                                "usage: qmutil text sort-lines FILE [--descending] [--ignore-case] [-o OUT]\n"
                                "  Sorts the lines byte-wise with the library's list merge sort; equal lines keep\n"
                                "  their order.\n",
-                               RunSortLines, nullptr, 74});
+                               RunSortLines, nullptr, 54});
 
 }  // namespace

@@ -110,10 +110,10 @@ const char kAddressesHelp[] =
     "Comments in parentheses are removed from addresses.\n";
 
 qmutil::Registrar g_links({"text", "links", "list the links and e-mail addresses in a file", kLinksHelp, RunLinks,
-                           Tour, 72});
+                           Tour, 60});
 qmutil::Registrar g_emails({"text", "emails", "list the e-mail addresses in a file", kEMailsHelp, RunEMails,
-                            nullptr, 72});
+                            nullptr, 61});
 qmutil::Registrar g_addresses({"text", "addresses", "split an address list into addresses and names",
-                               kAddressesHelp, RunAddresses, nullptr, 72});
+                               kAddressesHelp, RunAddresses, nullptr, 62});
 
 }  // namespace

@@ -182,6 +182,6 @@ void Tour() {
 }
 
 const qmutil::Registrar kRegistrar(qmutil::Command{
-    "time", nullptr, "instants on every time scale, the n-th weekday of a month", kHelp, Run, Tour, 40});
+    "time", nullptr, "instants on every time scale, the n-th weekday of a month", kHelp, Run, Tour, 20});
 
 }  // namespace
