@@ -21,6 +21,8 @@ std::vector<Ratio>& Ratios() {
 // CPU time is steadier than wall time on a shared machine.
 class RecordingReporter : public benchmark::ConsoleReporter {
 public:
+    // Plain columns without colour codes, so that logs and pipes read cleanly.
+    RecordingReporter() : ConsoleReporter(OO_Tabular) {}
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const Run& run : runs)
             if (run.run_type == Run::RT_Iteration && run.iterations > 0)
