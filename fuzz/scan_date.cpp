@@ -1,5 +1,6 @@
 // Arbitrary text through the short-date scanner and the date finder, under several short-date
-// pictures (the first input byte picks one), and the text as a CDate::Format format string.
+// pictures (the first input byte picks one), as a CDate::Format format string, and as the long
+// picture that Initialize takes apart into the long form (quotes, "%" and 0x02 bytes included).
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -56,6 +57,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     CString out = CDate(2012, 7, 4).Format(copy);
     if (out.GetLength() > 31744) __builtin_trap();
+
+    qm::platform::PinLocaleInfo(LOCALE_SLONGDATE, copy);
+    WinDateTime::Initialize();
+    CString longForm = CDate(2012, 7, 4).AsString(1);
+    if (longForm.GetLength() > 31744) __builtin_trap();
+    qm::platform::PinLocaleInfo(LOCALE_SLONGDATE, "dddd, MMMM d, yyyy");
     delete[] copy;
     return 0;
 }
