@@ -90,6 +90,11 @@ TEST(ReplaceFields, AtMostNineValuesAndNothingForEmptyInput) {
     ReplaceFields("n", text.c_str(), out);
     EXPECT_EQ(out, "v9 v1");
 
+    // A value whose end is exactly where the name occurs again is not taken.
+    CString atLimit("@1");
+    ReplaceFields("\x17N", "\x17N\nA\x17N", atLimit);
+    EXPECT_EQ(atLimit, "@1");
+
     CString empty;
     ReplaceFields("n", text.c_str(), empty);
     EXPECT_EQ(empty, "");

@@ -249,6 +249,9 @@ TEST(ValidMutexName, LowersAndReplacesBackslashes) {
         ValidMutexName(s);
         EXPECT_EQ(s, c.out) << c.in;
     }
+    CString withNul("A\\\0B\xC0", 5);  // bytes after a NUL are lowered too
+    ValidMutexName(withNul);
+    EXPECT_EQ(withNul.str(), std::string("a|\0b\xE0", 5));
     EXPECT_TRUE(sink.Expressions().empty());
     CString empty;
     ValidMutexName(empty);

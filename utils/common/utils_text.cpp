@@ -7,6 +7,7 @@
 #include "utils/common/CVLogger.h"
 #include "utils/common/utils_text_scan.h"
 #include "utils/framework/mbchar.h"
+#include "utils/platform/textcase.h"
 
 #define QM_SOURCE_MODULE "Common\\utils"
 
@@ -250,28 +251,13 @@ int GetAcceleratorPos(const CString& s) {
     return -1;
 }
 
-namespace {
-
-// Lower-casing of the Western ANSI code page (1252), the table the system uses for CharLowerA
-// there. It is fixed here rather than asked of the system so that a mutex name comes out
-// byte-identical on every target whatever code page the process runs under.
-inline unsigned char LowerAnsi(unsigned char c) {
-    if (c >= 'A' && c <= 'Z') return (unsigned char)(c + 32);
-    if (c >= 0xC0 && c <= 0xDE && c != 0xD7) return (unsigned char)(c + 32);
-    switch (c) {
-    case 0x8A: return 0x9A;  // S caron
-    case 0x8C: return 0x9C;  // OE ligature
-    case 0x8E: return 0x9E;  // Z caron
-    case 0x9F: return 0xFF;  // Y diaeresis
-    default: return c;
-    }
-}
-
-}  // namespace
-
+// The lower-casing is the system's (CharLowerA, under the process's ANSI code page), so the
+// name matches what other processes of the application derive from the same text.
 void ValidMutexName(CString& mutex_name) {
     std::string out = mutex_name.str();
-    for (char& c : out) c = (c == '\\') ? '|' : (char)LowerAnsi((unsigned char)c);
+    for (char& c : out)
+        if (c == '\\') c = '|';
+    qm::platform::LowerAnsiText(out.data(), out.size());
     mutex_name = CString(out);
     CVASSERT(!mutex_name.IsEmpty());
 }
