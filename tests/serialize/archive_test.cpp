@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -35,8 +36,8 @@ TEST(CArchive, BasicTypesAreLittleEndianWithFixedWidths) {
         EXPECT_TRUE(ar.IsStoring());
         EXPECT_FALSE(ar.IsLoading());
         ar << (BYTE)0xAB << (WORD)0x0102 << (short)-2 << (int)0x01020304 << (unsigned int)0xA0B0C0D0u
-           << (long)-1 << (unsigned long)7 << true << 'z' << (long long)0x0102030405060708LL
-           << (unsigned long long)1 << 1.5f << -2.25;
+           << (LONG)-1 << (DWORD)7 << true << 'z' << (LONGLONG)0x0102030405060708LL
+           << (ULONGLONG)1 << 1.5f << -2.25;
     }
     Bytes expected{0xAB, 0x02, 0x01, 0xFE, 0xFF, 0x04, 0x03, 0x02, 0x01, 0xD0, 0xC0, 0xB0, 0xA0,
                    0xFF, 0xFF, 0xFF, 0xFF, 0x07, 0x00, 0x00, 0x00, 0x01, 'z',
@@ -47,8 +48,9 @@ TEST(CArchive, BasicTypesAreLittleEndianWithFixedWidths) {
 
     CMemFile in(got.data(), (UINT)got.size());
     CArchive ar(&in, CArchive::load);
-    BYTE b; WORD w; short s; int i; unsigned int u; long l; unsigned long ul; bool f; char c;
-    long long ll; unsigned long long ull; float fl; double d;
+    // The framework's type names, whatever builtin types they are on this build.
+    BYTE b; WORD w; short s; int i; unsigned int u; LONG l; DWORD ul; bool f; char c;
+    LONGLONG ll; ULONGLONG ull; float fl; double d;
     ar >> b >> w >> s >> i >> u >> l >> ul >> f >> c >> ll >> ull >> fl >> d;
     EXPECT_EQ(b, 0xAB);
     EXPECT_EQ(w, 0x0102);
@@ -64,6 +66,24 @@ TEST(CArchive, BasicTypesAreLittleEndianWithFixedWidths) {
     EXPECT_EQ(fl, 1.5f);
     EXPECT_EQ(d, -2.25);
     EXPECT_TRUE(ar.IsBufferEmpty());
+}
+
+// A plain long takes its own width (4 bytes where it is 32 bits, 8 where it is 64, the width
+// of the 64-bit types there), so no build truncates it.
+TEST(CArchive, PlainLongKeepsItsFullValue) {
+    CMemFile file;
+    {
+        CArchive ar(&file, CArchive::store);
+        ar << LONG_MIN << (unsigned long)ULONG_MAX;
+    }
+    EXPECT_EQ(file.GetLength(), 2 * sizeof(long));
+    file.SeekToBegin();
+    CArchive ar(&file, CArchive::load);
+    long l = 0;
+    unsigned long ul = 0;
+    ar >> l >> ul;
+    EXPECT_EQ(l, LONG_MIN);
+    EXPECT_EQ(ul, ULONG_MAX);
 }
 
 TEST(CArchive, ShortDataReadReturnsCountButOperatorThrows) {

@@ -177,8 +177,11 @@ QM_STORE(short, 2)
 QM_STORE(WORD, 2)
 QM_STORE(int, 4)
 QM_STORE(unsigned int, 4)
-QM_STORE(long, 4)
-QM_STORE(unsigned long, 4)
+// long takes its own width: 4 bytes where it is 32 bits (Windows, where LONG and DWORD are
+// long), 8 where it is 64 bits. There it is also the type behind LONGLONG and ULONGLONG
+// (std::int64_t), which must take 8 bytes, and a 64-bit long must not lose its high half.
+QM_STORE(long, sizeof(long))
+QM_STORE(unsigned long, sizeof(long))
 QM_STORE(long long, 8)
 QM_STORE(unsigned long long, 8)
 
@@ -188,8 +191,8 @@ QM_LOAD(short, 2, std::int16_t)
 QM_LOAD(WORD, 2, std::uint16_t)
 QM_LOAD(int, 4, std::int32_t)
 QM_LOAD(unsigned int, 4, std::uint32_t)
-QM_LOAD(long, 4, std::int32_t)
-QM_LOAD(unsigned long, 4, std::uint32_t)
+QM_LOAD(long, sizeof(long), long)
+QM_LOAD(unsigned long, sizeof(long), unsigned long)
 QM_LOAD(long long, 8, std::int64_t)
 QM_LOAD(unsigned long long, 8, std::uint64_t)
 

@@ -1,6 +1,8 @@
 // The framework's archive: a buffered stream of binary values over a CFile, either storing
-// (writing) or loading (reading). Values are little-endian; LONG, DWORD, long and unsigned
-// long take 4 bytes on every build, so archives are the same on every target.
+// (writing) or loading (reading). Values are little-endian in the framework's widths: BYTE
+// and char 1 byte, WORD and short 2, int, UINT, LONG and DWORD 4, LONGLONG and ULONGLONG 8,
+// on every build, so archives are the same on every target. A plain long takes its own
+// width (4 bytes on Windows, 8 where it is 64 bits and is the type behind LONGLONG).
 //
 // Errors are the framework's: reading past the end of the data (operator>>), reading from a
 // storing archive or writing to a loading one throws CArchiveException; errors of the file
