@@ -1,7 +1,6 @@
 #include "utils/framework/exceptions.h"
 
 #include <cstdio>
-#include <cstring>
 
 CObject::~CObject() = default;
 
@@ -48,20 +47,9 @@ BOOL COleException::GetErrorMessage(char* e, UINT n, UINT* h) const {
     return CopyMessage(text, e, n);
 }
 
-namespace {
-char* DuplicateName(const char* name) {
-    if (!name) return nullptr;
-    size_t n = std::strlen(name) + 1;
-    char* copy = new char[n];
-    std::memcpy(copy, name, n);
-    return copy;
-}
-}  // namespace
 
 CFileException::CFileException(int cause, LONG lOsError, const char* name)
-    : m_cause(cause), m_lOsError(lOsError), m_strFileName(DuplicateName(name)) {}
-
-CFileException::~CFileException() { delete[] m_strFileName; }
+    : m_cause(cause), m_lOsError(lOsError), m_strFileName(name) {}
 
 BOOL CFileException::GetErrorMessage(char* e, UINT n, UINT* h) const {
     static const char* const kCauses[] = {
@@ -74,14 +62,12 @@ BOOL CFileException::GetErrorMessage(char* e, UINT n, UINT* h) const {
     if (h) *h = 0;
     const char* cause = (m_cause >= 0 && m_cause <= endOfFile) ? kCauses[m_cause] : kCauses[1];
     char text[600];
-    std::snprintf(text, sizeof text, "%s%s%s", m_strFileName ? m_strFileName : "", m_strFileName ? " " : "", cause);
+    std::snprintf(text, sizeof text, "%s%s%s", m_strFileName.GetString(), m_strFileName.IsEmpty() ? "" : " ", cause);
     return CopyMessage(text, e, n);
 }
 
 CArchiveException::CArchiveException(int cause, const char* name)
-    : m_cause(cause), m_strFileName(DuplicateName(name)) {}
-
-CArchiveException::~CArchiveException() { delete[] m_strFileName; }
+    : m_cause(cause), m_strFileName(name) {}
 
 BOOL CArchiveException::GetErrorMessage(char* e, UINT n, UINT* h) const {
     static const char* const kCauses[] = {

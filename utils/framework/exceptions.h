@@ -5,6 +5,7 @@
 #pragma once
 
 #include "utils/framework/CObject.h"
+#include "utils/framework/CString.h"
 #include "utils/framework/wintypes.h"
 
 class MFCQMUTILS_API CException : public CObject {
@@ -63,12 +64,11 @@ public:
         lockViolation, diskFull, endOfFile
     };
     explicit CFileException(int cause = none, LONG lOsError = -1, const char* lpszArchiveName = nullptr);
-    ~CFileException() override;
     BOOL GetErrorMessage(char* lpszError, UINT nMaxError, UINT* pnHelpContext = nullptr) const override;
 
     int m_cause;
     LONG m_lOsError;
-    char* m_strFileName = nullptr;
+    CString m_strFileName;
 };
 
 class MFCQMUTILS_API CArchiveException : public CException {
@@ -76,11 +76,10 @@ public:
     enum { none, genericException, readOnly, endOfFile, writeOnly, badIndex, badClass, badSchema,
            bufferFull };
     explicit CArchiveException(int cause = none, const char* lpszArchiveName = nullptr);
-    ~CArchiveException() override;
     BOOL GetErrorMessage(char* lpszError, UINT nMaxError, UINT* pnHelpContext = nullptr) const override;
 
     int m_cause;
-    char* m_strFileName = nullptr;
+    CString m_strFileName;
 };
 
 [[noreturn]] MFCQMUTILS_API void AfxThrowMemoryException();
