@@ -178,6 +178,8 @@ TEST(StrToDouble, ParsesPlainNumbersAndCountsEverythingAfterThePointAsDecimals) 
         {"12.50$", 12.5, 3},    // so does a removed trailing currency mark
         {"  1.5", 1.5, 1},      // leading blanks are before the point and do not count
         {"\t7.0\n", 7.0, 2},
+        {"$ 12.50", 12.5, 2},   // blanks after a leading mark are skipped by the parser
+        {"?\t-3", -3.0, 0},
         {"?7", 7.0, 0},
         {"-3.25", -3.25, 2},
         {"+4", 4.0, 0},

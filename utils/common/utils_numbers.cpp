@@ -397,11 +397,14 @@ bool OverflowsUp(const char* b, const char* e) {
     return mag + exp > 0;
 }
 
-// strtod's decimal syntax ([sign] digits [. digits] [e [sign] digits]) independent of the
-// process locale: the point is always ".". Overflow gives +-HUGE_VAL and underflow 0, as
-// strtod does. Returns the end of the parsed prefix, or `text` when nothing was parsed.
+// strtod's decimal syntax ([blanks] [sign] digits [. digits] [e [sign] digits]) independent
+// of the process locale: the point is always ".". Leading white space is skipped as strtod
+// skips it, which matters after a leading currency mark was removed ("$ 12.50"). Overflow
+// gives +-HUGE_VAL and underflow 0, as strtod does. Returns the end of the parsed prefix, or
+// `text` when nothing was parsed.
 const char* ParseDecimal(const char* text, const char* end, double& value) {
     const char* p = text;
+    while (p < end && (*p == ' ' || (*p >= '\t' && *p <= '\r'))) ++p;
     bool negative = false;
     if (p < end && (*p == '+' || *p == '-')) negative = *p++ == '-';
     // Only digits or a point may start the number: no "inf", "nan" or hexadecimal forms.
