@@ -176,8 +176,9 @@ TEST(StrToDouble, ParsesPlainNumbersAndCountsEverythingAfterThePointAsDecimals) 
         {"$12.50", 12.5, 2},
         {"12.5 ", 12.5, 2},     // the trailing blank counts as a decimal
         {"12.50$", 12.5, 3},    // so does a removed trailing currency mark
-        {"  1.5", 1.5, 1},      // leading blanks are before the point and do not count
-        {"\t7.0\n", 7.0, 2},
+        {"  1.5", 1.5, 3},      // blanks around the text count, the leading ones too
+        {"\t7.0\n", 7.0, 3},
+        {" $1.25 ", 1.25, 4},   // ... but a removed leading currency mark does not
         {"$ 12.50", 12.5, 2},   // blanks after a leading mark are skipped by the parser
         {"?\t-3", -3.0, 0},
         {"?7", 7.0, 0},

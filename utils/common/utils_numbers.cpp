@@ -430,11 +430,13 @@ double StrToDouble(const CString& s, int& decimals) {
     }
     // A multi-character (or unreadable) locale separator replaces nothing.
     if (sep && sep != '.') copy.Replace(sep, '.');
-    // The decimals are every character after the first point of the text as passed: trailing
-    // blanks and a trailing currency mark count as decimals (deliberate), while a leading
-    // currency mark or blanks, being before the point, do not ("$12.50" has 2).
-    int point = copy.Find('.');
     copy.Trim();
+    // The decimals are the length of the text as passed minus the position of the first point
+    // in the trimmed text, less one. Blanks around the text therefore count as decimals, the
+    // leading ones too, and so does a trailing currency mark (deliberate). The position is
+    // taken before a leading currency mark is removed, so that mark does not count:
+    // "$12.50" has 2 decimals, "  1.5" has 3.
+    int point = copy.Find('.');
     if (!copy.IsEmpty()) {
         char first = copy[0], last = copy[copy.GetLength() - 1];
         // At most one currency mark: a leading one, else a trailing one.
