@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <climits>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -312,6 +313,10 @@ TEST(Round, SinglePrecisionDecimalsCutNegativesTowardZero) {
         {0.125f, 2, 13.0f / 10.0f / 10.0f},
         {3.14159f, 2, 314.0f / 10.0f / 10.0f},
         {2.6f, -1, 3.0f},  // a negative count scales by nothing
+        // A huge count overflows to infinity (or stays 0) and answers at once.
+        {1.5f, INT_MAX, std::numeric_limits<float>::infinity()},
+        {-1e-45f, INT_MAX, -std::numeric_limits<float>::infinity()},
+        {0.0f, INT_MAX, 0.0f},
     };
     for (const auto& c : cases) EXPECT_EQ(qm::round(c.x, c.decimals), c.expected) << c.x << " " << c.decimals;
 }

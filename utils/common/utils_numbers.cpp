@@ -496,6 +496,10 @@ int round(double x) {
 }
 
 float round(float x, int decimals) {
+    // Any non-zero float reaches infinity within 84 multiplications by 10 (from the smallest
+    // denormal), and infinity, 0 and NaN stay what they are under both scalings, so counts
+    // beyond 100 give the same result as 100 without looping up to INT_MAX times.
+    if (decimals > 100) decimals = 100;
     for (int i = 0; i < decimals; ++i) x = x * 10.0f;
     float t = std::trunc(x);
     // For negative x the difference is never 0.5 or more: negative values are cut toward
