@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <climits>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -176,8 +177,11 @@ TEST(StrToDouble, ParsesPlainNumbersAndCountsEverythingAfterThePointAsDecimals) 
         {"$12.50", 12.5, 2},
         {"12.5 ", 12.5, 2},     // the trailing blank counts as a decimal
         {"12.50$", 12.5, 3},    // so does a removed trailing currency mark
-        {"  1.5", 1.5, 1},      // leading blanks are before the point and do not count
-        {"\t7.0\n", 7.0, 2},
+        {"  1.5", 1.5, 3},      // blanks around the text count, the leading ones too
+        {"\t7.0\n", 7.0, 3},
+        {" $1.25 ", 1.25, 4},   // ... but a removed leading currency mark does not
+        {"$ 12.50", 12.5, 2},   // blanks after a leading mark are skipped by the parser
+        {"?\t-3", -3.0, 0},
         {"?7", 7.0, 0},
         {"-3.25", -3.25, 2},
         {"+4", 4.0, 0},
@@ -309,6 +313,10 @@ TEST(Round, SinglePrecisionDecimalsCutNegativesTowardZero) {
         {0.125f, 2, 13.0f / 10.0f / 10.0f},
         {3.14159f, 2, 314.0f / 10.0f / 10.0f},
         {2.6f, -1, 3.0f},  // a negative count scales by nothing
+        // A huge count overflows to infinity (or stays 0) and answers at once.
+        {1.5f, INT_MAX, std::numeric_limits<float>::infinity()},
+        {-1e-45f, INT_MAX, -std::numeric_limits<float>::infinity()},
+        {0.0f, INT_MAX, 0.0f},
     };
     for (const auto& c : cases) EXPECT_EQ(qm::round(c.x, c.decimals), c.expected) << c.x << " " << c.decimals;
 }

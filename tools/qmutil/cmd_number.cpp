@@ -208,7 +208,7 @@ void TourAlpha() {
 // ---- escape and unescape ------------------------------------------------------------------
 
 const char kEscapeUsage[] = "number escape TEXT [--extended]";
-const char kUnescapeUsage[] = "number unescape TEXT [--extended]";
+const char kUnescapeUsage[] = "number unescape TEXT [--extended] [--raw]";
 
 int RunEscape(const std::vector<std::string>& args) {
     Arguments a = Split(args, {"--extended"}, {}, kEscapeUsage);

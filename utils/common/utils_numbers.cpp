@@ -397,11 +397,14 @@ bool OverflowsUp(const char* b, const char* e) {
     return mag + exp > 0;
 }
 
-// strtod's decimal syntax ([sign] digits [. digits] [e [sign] digits]) independent of the
-// process locale: the point is always ".". Overflow gives +-HUGE_VAL and underflow 0, as
-// strtod does. Returns the end of the parsed prefix, or `text` when nothing was parsed.
+// strtod's decimal syntax ([blanks] [sign] digits [. digits] [e [sign] digits]) independent
+// of the process locale: the point is always ".". Leading white space is skipped as strtod
+// skips it, which matters after a leading currency mark was removed ("$ 12.50"). Overflow
+// gives +-HUGE_VAL and underflow 0, as strtod does. Returns the end of the parsed prefix, or
+// `text` when nothing was parsed.
 const char* ParseDecimal(const char* text, const char* end, double& value) {
     const char* p = text;
+    while (p < end && (*p == ' ' || (*p >= '\t' && *p <= '\r'))) ++p;
     bool negative = false;
     if (p < end && (*p == '+' || *p == '-')) negative = *p++ == '-';
     // Only digits or a point may start the number: no "inf", "nan" or hexadecimal forms.
@@ -427,11 +430,13 @@ double StrToDouble(const CString& s, int& decimals) {
     }
     // A multi-character (or unreadable) locale separator replaces nothing.
     if (sep && sep != '.') copy.Replace(sep, '.');
-    // The decimals are every character after the first point of the text as passed: trailing
-    // blanks and a trailing currency mark count as decimals (deliberate), while a leading
-    // currency mark or blanks, being before the point, do not ("$12.50" has 2).
-    int point = copy.Find('.');
     copy.Trim();
+    // The decimals are the length of the text as passed minus the position of the first point
+    // in the trimmed text, less one. Blanks around the text therefore count as decimals, the
+    // leading ones too, and so does a trailing currency mark (deliberate). The position is
+    // taken before a leading currency mark is removed, so that mark does not count:
+    // "$12.50" has 2 decimals, "  1.5" has 3.
+    int point = copy.Find('.');
     if (!copy.IsEmpty()) {
         char first = copy[0], last = copy[copy.GetLength() - 1];
         // At most one currency mark: a leading one, else a trailing one.
@@ -491,6 +496,10 @@ int round(double x) {
 }
 
 float round(float x, int decimals) {
+    // Any non-zero float reaches infinity within 84 multiplications by 10 (from the smallest
+    // denormal), and infinity, 0 and NaN stay what they are under both scalings, so counts
+    // beyond 100 give the same result as 100 without looping up to INT_MAX times.
+    if (decimals > 100) decimals = 100;
     for (int i = 0; i < decimals; ++i) x = x * 10.0f;
     float t = std::trunc(x);
     // For negative x the difference is never 0.5 or more: negative values are cut toward

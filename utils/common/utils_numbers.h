@@ -52,9 +52,10 @@ namespace qm {
 MFCQMUTILS_API int FormatGcvt(double v, int digits, char* buf, int bufSize);
 }  // namespace qm
 // Parses a plain decimal number (optional blanks and one currency mark, "$" or "?", before or
-// after it); `decimals` receives the count of characters after the point in the text as
-// passed, trailing blanks and a trailing currency mark included. Text that is not a number gives DBL_MIN (<cfloat>), the
-// smallest positive normalised double (bit pattern 0x0010000000000000).
+// after it); `decimals` receives the length of the text as passed minus the point's position
+// in the trimmed text, less one, so blanks on either side and a trailing currency mark count
+// ("$12.50" 2, "  1.5" 3). Text that is not a number gives DBL_MIN (<cfloat>), the smallest
+// positive normalised double (bit pattern 0x0010000000000000).
 MFCQMUTILS_API double StrToDouble(const CString& s, int& decimals);
 // Non-zero when s is a decimal number with at most intDigits characters before the
 // separator and at most fracDigits after it.
