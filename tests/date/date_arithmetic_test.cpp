@@ -261,20 +261,26 @@ TEST(DateArithmetic, AddMonthBackAcrossAYearIsRefused) {
     EXPECT_EQ(sink.Reports().size(), 2u);
 }
 
-TEST(DateArithmetic, WeekNumbersWithSundayWeeks) {
-    // Rule 0: week one holds 1 January; with Sunday weeks that is (day of year + weekday of
-    // 1 January) / 7 + 1, computed here independently.
-    for (int y : {2004, 2005, 2010, 2012}) {
-        CDate jan1(y, 1, 1);
-        int j = jan1.GetDayOfWeek() - 1;
-        for (int doy = 0; doy < 365; ++doy) {
-            CDate d = jan1 + doy;
-            int expected = (doy + j) / 7 + 1;
-            int daysLeft = 365 + CDate::IsLeap(y) - 1 - doy;
-            if (daysLeft < 6 - (d.GetDayOfWeek() - 1)) expected = 1;  // trailing partial week
-            ASSERT_EQ(d.GetWeekNumber(0, 0), expected) << y << " day " << doy;
+TEST(DateArithmetic, WeekNumbersWithSundayWeeksFollowEachRule) {
+    // Rule 0: week one holds 1 January; rule 1: week one is the first week with at least four
+    // days of the year; rule 2: the first full week. A week that reaches week one of the next
+    // year is week 1; one before week one belongs to the previous year.
+    auto weekStart = [](sys_days d) { return d - (weekday{d} - Sunday); };
+    auto weekOne = [&](int y, int minDays) {
+        sys_days jan1{year{y} / January / 1}, s = weekStart(jan1);
+        return 7 - (jan1 - s).count() >= minDays ? s : s + days{7};
+    };
+    const int minDays[] = {1, 4, 7};
+    for (int rule = 0; rule < 3; ++rule)
+        for (sys_days d{year{1990} / 1 / 1}; d < sys_days{year{2030} / 1 / 1}; d += days{1}) {
+            year_month_day ymd{d};
+            int y = (int)ymd.year(), k = minDays[rule];
+            sys_days ws = weekStart(d), first = weekOne(y, k);
+            if (ws < first) first = weekOne(y - 1, k);
+            int expected = ws >= weekOne(y + 1, k) ? 1 : (int)((ws - first).count() / 7 + 1);
+            ASSERT_EQ(CDate(y, (int)(unsigned)ymd.month(), (int)(unsigned)ymd.day()).GetWeekNumber(rule, 0), expected)
+                << y << "-" << (unsigned)ymd.month() << "-" << (unsigned)ymd.day() << " rule " << rule;
         }
-    }
 }
 
 TEST(DateArithmetic, WeekNumberRulesAtTheYearEdges) {

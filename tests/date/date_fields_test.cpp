@@ -189,6 +189,7 @@ TEST(DateConversions, ToAndFromOleDateTime) {
     }
     EXPECT_EQ(CDate(COleDateTime(36526.75)), CDate(2000, 1, 1));
     EXPECT_EQ(CDate(COleDateTime(-1.25)), CDate(1899, 12, 29));
+    EXPECT_EQ(CDate(COleDateTime(-0.99999999)), CDate(1899, 12, 31));  // 23:59:59.999 on 30 December
 }
 
 TEST(DateConversions, OleZeroAndInvalidValues) {

@@ -23,6 +23,11 @@ TEST(OleDateTime, KnownValues) {
         {36526.0, 2000, 1, 1, 0, 0, 0},  {36526.5, 2000, 1, 1, 12, 0, 0}, {-1.0, 1899, 12, 29, 0, 0, 0},
         {-1.25, 1899, 12, 29, 6, 0, 0},  {-0.5, 1899, 12, 30, 12, 0, 0}, {2958465.0, 9999, 12, 31, 0, 0, 0},
         {-657434.0, 100, 1, 1, 0, 0, 0}, {41094.999997, 2012, 7, 5, 0, 0, 0},  // rounds to the next second
+        // A negative value's time of day that rounds up to midnight reaches the next day.
+        {-0.99999999, 1899, 12, 31, 0, 0, 0}, {-1.99999999, 1899, 12, 30, 0, 0, 0},
+        // Every second of 1 January 100 and 31 December 9999 is in range.
+        {-657434.5, 100, 1, 1, 12, 0, 0}, {-657434.99999999, 100, 1, 2, 0, 0, 0},
+        {2958465.99998843, 9999, 12, 31, 23, 59, 59},
     };
     for (const Case& c : cases) {
         COleDateTime t(c.value);
@@ -66,12 +71,17 @@ TEST(OleDateTime, OutOfRangeFieldsAndValues) {
                    COleDateTime(2001, 1, 1, 0, 60, 0), COleDateTime(2001, 1, 1, 0, 0, 60),
                    COleDateTime(-1, 1, 1, 0, 0, 0), COleDateTime(2001, 0, 1, 0, 0, 0)})
         EXPECT_EQ(f.GetStatus(), COleDateTime::invalid);
-    for (double v : {2958466.0, -657435.0, std::nan(""), std::numeric_limits<double>::infinity(), 1e300}) {
+    // 2958465.99999999 rounds to 1 January 10000.
+    for (double v : {2958466.0, 2958465.99999999, -657435.0, -657435.5, std::nan(""),
+                     std::numeric_limits<double>::infinity(), 1e300, -1e300}) {
         COleDateTime t(v);
         EXPECT_EQ(t.GetYear(), AFX_OLE_DATETIME_ERROR) << v;
         SYSTEMTIME st;
         EXPECT_FALSE(t.GetAsSystemTime(st));
     }
+    COleDateTime firstNoon(100, 1, 1, 12, 0, 0);
+    EXPECT_EQ(firstNoon.GetStatus(), COleDateTime::valid);
+    EXPECT_EQ(firstNoon.m_dt, -657434.5);
     COleDateTime invalid(2000.0);
     invalid.SetStatus(COleDateTime::invalid);
     EXPECT_EQ(invalid.GetDay(), AFX_OLE_DATETIME_ERROR);

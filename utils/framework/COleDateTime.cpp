@@ -6,8 +6,8 @@
 
 namespace {
 
-constexpr double kMinDate = -657434.0;              // 1 January 100
-constexpr double kMaxDate = 2958465.99999999;       // 31 December 9999, end of day
+constexpr long kMinDay = -657434;                   // 1 January 100
+constexpr long kMaxDay = 2958465;                   // 31 December 9999
 constexpr double kHalfSecond = 1.0 / 172800.0;
 constexpr long kDaysTo18991230 = 693594;            // day number of 30 Dec 1899, 1 Jan 1 = day 1
 
@@ -40,18 +40,33 @@ void CivilFromDayNumber(long n, long& y, int& m, int& d) {
     y = yoe + era * 400 + (m <= 2);
 }
 
+// The value's position on a linear day scale. The integer part of a value is its day and the
+// fraction's magnitude its time of day, also for negative values (-1.25 is 29 December 1899,
+// 06:00), so on a continuous scale a negative value lies at its day plus that magnitude
+// (-1.25 lies at -0.75).
+double Linear(double dt) {
+    if (dt >= 0) return dt;
+    double day = std::trunc(dt);
+    return day - (dt - day);
+}
+
 }  // namespace
 
 namespace qm::oledate {
 
 bool ToFields(DATE dt, SYSTEMTIME& st) noexcept {
-    if (!(dt >= kMinDate && dt <= kMaxDate)) return false;  // also rejects NaN
-    // Round to the nearest second away from the epoch, then split into the day and the time of
-    // day; the time of day is the fraction's magnitude, also for negative values.
-    double rounded = dt + (dt > 0.0 ? kHalfSecond : -kHalfSecond);
-    long days = (long)rounded;
-    double magnitude = std::fabs(rounded);
-    long secs = (long)((magnitude - std::floor(magnitude)) * 86400.0);
+    if (!(dt > kMinDay - 2.0 && dt < kMaxDay + 2.0)) return false;  // far outside, or NaN
+    // Round to the nearest second on the continuous scale, then split into the day and the time
+    // of day. Rounding the raw value away from zero instead would carry a negative value's late
+    // evening into the wrong day: -0.99999999 (30 December 1899, 23:59:59.999) would become day
+    // -1 (29 December) rather than 31 December, 00:00:00. The range is then checked on the
+    // rounded day, so every second of 1 January 100 and of 31 December 9999 is in range and
+    // nothing rounds into the year 10000 or 99.
+    double rounded = Linear(dt) + kHalfSecond;
+    double day = std::floor(rounded);
+    if (day < kMinDay || day > kMaxDay) return false;
+    long days = (long)day;
+    long secs = (long)((rounded - day) * 86400.0);
     if (secs >= 86400) secs = 86399;
     long y;
     int m, d;
@@ -141,10 +156,7 @@ int COleDateTime::GetDayOfYear() const noexcept {
     return (int)(DayNumber(st.wYear, st.wMonth, st.wDay) - DayNumber(st.wYear, 1, 1) + 1);
 }
 
-double COleDateTime::Ordinal() const noexcept {
-    double days = std::trunc(m_dt);
-    return m_dt >= 0 ? m_dt : days - (m_dt - days);  // -1.25 (29 Dec, 06:00) lies at -0.75
-}
+double COleDateTime::Ordinal() const noexcept { return Linear(m_dt); }
 
 namespace {
 DATE FromOrdinal(double ordinal) {
