@@ -86,11 +86,18 @@ TEST(Url2Path, PathTooLongForItsBufferGivesEmpty) {
     EXPECT_EQ(Url2Path(tooLong.c_str()), "");
 }
 
-TEST(UlrCanonize, EveryByteEscapedStillFitsTheBuffer) {
+TEST(UlrCanonize, LongUrlsFitTheBufferAndFinishInLinearTime) {
     std::string url = "http://h/" + std::string(10000, '"');
     std::string expected = "http://h/";
     for (int i = 0; i < 10000; ++i) expected += "%22";
     EXPECT_EQ(Bytes(UlrCanonize(url.c_str())), expected);
+    // Dot segments among very many segments are resolved in one pass over the path.
+    std::string deep = "http://h/", deepExpected = "http://h/";
+    for (int i = 0; i < 100000; ++i) {
+        deep += "a/./";
+        deepExpected += "a/";
+    }
+    EXPECT_EQ(Bytes(UlrCanonize((deep + "b/..").c_str())), deepExpected);
 }
 
 TEST(Url2Path, MalformedEscapesAfterTheSystem) {

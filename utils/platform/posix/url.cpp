@@ -106,22 +106,26 @@ std::string RemoveDotSegments(const std::string& rel) {
         start = slash + 1;
     }
     std::vector<std::string> out;
+    // How many kept segments are not empty: "at the root" is nothing but empty segments kept
+    // so far. Counted as segments come and go, so a path of many segments stays linear.
+    size_t nonEmpty = 0;
     bool trailingSlash = false;
     for (size_t i = 0; i < segs.size(); ++i) {
         const std::string& seg = segs[i];
         bool last = i + 1 == segs.size();
         trailingSlash = false;
-        bool atRoot = true;  // nothing but empty segments so far
-        for (const std::string& kept : out) atRoot = atRoot && kept.empty();
-        if (atRoot) {
+        if (nonEmpty == 0) {
             out.push_back(seg);
+            nonEmpty += !seg.empty();
         } else if (seg == "." && !last) {
             continue;
         } else if (seg == ".." && !out.empty() && out.back() != "..") {
+            nonEmpty -= !out.back().empty();
             out.pop_back();
             trailingSlash = last;
         } else {
             out.push_back(seg);
+            nonEmpty += !seg.empty();
         }
     }
     std::string joined;
