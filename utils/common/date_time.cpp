@@ -3,6 +3,7 @@
 #include <cmath>
 #include <climits>
 
+#include "utils/framework/civil.h"
 #include "utils/framework/exceptions.h"
 #include "utils/platform/clock.h"
 #include "utils/platform/filetime.h"
@@ -63,15 +64,7 @@ namespace {
 // that any int year is safe. The weekday of the 1st at local midnight is the calendar weekday:
 // the time zone cannot move local midnight to another date.
 int WeekdayOf(long long year, int month, int day) {
-    long long y = year - (month <= 2);
-    long long era = (y >= 0 ? y : y - 399) / 400;
-    long long yoe = y - era * 400;
-    long long doy = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
-    long long doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
-    long long daysSince1970 = era * 146097 + doe - 719468;
-    long long w = (daysSince1970 + 4) % 7;  // 1 January 1970 was a Thursday (index 4)
-    if (w < 0) w += 7;
-    return (int)w + 1;
+    return qm::civil::WeekdayFromDays(qm::civil::DaysFromCivil(year, month, day)) + 1;
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "utils/framework/CTime.h"
+#include "utils/framework/civil.h"
 
 namespace {
 
@@ -11,33 +12,15 @@ constexpr long kMaxDay = 2958465;                   // 31 December 9999
 constexpr double kHalfSecond = 1.0 / 172800.0;
 constexpr long kDaysTo18991230 = 693594;            // day number of 30 Dec 1899, 1 Jan 1 = day 1
 
-bool IsLeapYear(long y) { return (y % 4 == 0 && y % 100 != 0) || y % 400 == 0; }
+// Day numbers count 1 January of year 1 as day 1 (1 January 1970 is day 719163).
+constexpr long kDay1970 = 719163;
 
-int DaysInMonth(long y, int m) {
-    static const int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    return m == 2 && IsLeapYear(y) ? 29 : kDays[m - 1];
-}
-
-// Proleptic Gregorian day number (1 January of year 1 is day 1) and its inverse.
-long DayNumber(long y, int m, int d) {
-    y -= m <= 2;
-    long era = (y >= 0 ? y : y - 399) / 400;
-    long yoe = y - era * 400;
-    long doy = (153 * (m + (m > 2 ? -3 : 9)) + 2) / 5 + d - 1;
-    long doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
-    return era * 146097 + doe - 305;
-}
+long DayNumber(long y, int m, int d) { return (long)(qm::civil::DaysFromCivil(y, m, d) + kDay1970); }
 
 void CivilFromDayNumber(long n, long& y, int& m, int& d) {
-    long z = n + 305;
-    long era = (z >= 0 ? z : z - 146096) / 146097;
-    long doe = z - era * 146097;
-    long yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
-    long doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
-    long mp = (5 * doy + 2) / 153;
-    d = (int)(doy - (153 * mp + 2) / 5 + 1);
-    m = (int)(mp < 10 ? mp + 3 : mp - 9);
-    y = yoe + era * 400 + (m <= 2);
+    std::int64_t year;
+    qm::civil::CivilFromDays((std::int64_t)n - kDay1970, year, m, d);
+    y = (long)year;
 }
 
 // The value's position on a linear day scale. The integer part of a value is its day and the
@@ -84,7 +67,7 @@ bool ToFields(DATE dt, SYSTEMTIME& st) noexcept {
 
 bool FromFields(const SYSTEMTIME& st, DATE& dt) noexcept {
     if (st.wYear < 100 || st.wYear > 9999 || st.wMonth < 1 || st.wMonth > 12) return false;
-    if (st.wDay < 1 || st.wDay > DaysInMonth(st.wYear, st.wMonth)) return false;
+    if (st.wDay < 1 || st.wDay > qm::civil::DaysInMonth(st.wYear, st.wMonth)) return false;
     if (st.wHour > 23 || st.wMinute > 59 || st.wSecond > 59) return false;
     long days = DayNumber(st.wYear, st.wMonth, st.wDay) - kDaysTo18991230;
     double time = (st.wHour * 3600L + st.wMinute * 60L + st.wSecond) / 86400.0;
