@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstring>
 #include <cstdlib>
 #include <fstream>
 #include <functional>
@@ -116,6 +117,96 @@ TEST_F(Wildcards, PosixKeepsTheDosRulesOfTheSystem) {
 }
 #endif
 
+TEST_F(FileServices, FullPathsResolveDotsAndSeparators) {
+    struct Case {
+        const char* path;
+        const char* full;
+        const char* name;  // where the file part starts, nullptr for none
+    } cases[] = {
+        {"Z:\\a\\.\\b\\..\\c", "Z:\\a\\c", "c"},
+        {"Z:\\a\\b\\", "Z:\\a\\b\\", nullptr},
+        {"Z:\\..\\..\\x", "Z:\\x", "x"},
+        {"Z:/a//b", "Z:\\a\\b", "b"},
+        {"Z:\\a\\b.", "Z:\\a\\b", "b"},
+        {"Z:\\a\\b  ", "Z:\\a\\b", "b"},
+        {"\\\\srv\\share\\..\\x", "\\\\srv\\share\\x", "x"},
+        {"Z:\\", "Z:\\", nullptr},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.path);
+        char buffer[MAX_PATH];
+        char* name = buffer;
+        EXPECT_EQ(fs::GetFullPathNameA(c.path, MAX_PATH, buffer, &name), (DWORD)std::strlen(c.full));
+        EXPECT_STREQ(buffer, c.full);
+        if (c.name) EXPECT_STREQ(name, c.name);
+        else EXPECT_EQ(name, nullptr);
+    }
+    char tiny[4];
+    EXPECT_EQ(fs::GetFullPathNameA("Z:\\abc\\def", sizeof tiny, tiny, nullptr), 11u);  // the size needed
+    DWORD needed = fs::GetCurrentDirectoryA(0, nullptr);
+    std::string cwd(needed, '\0');
+    EXPECT_EQ(fs::GetCurrentDirectoryA(needed, cwd.data()), needed - 1);
+}
+
+TEST_F(FileServices, TempFileNamesAndReadOnlyFiles) {
+    CString folder = root.Left(root.GetLength() - 1);
+    char name[MAX_PATH];
+    // A number given is used (its low 16 bits) and nothing is created.
+    EXPECT_EQ(fs::GetTempFileNameA(folder, "QMXY", 0x1234A, name), 0x234Au);
+    EXPECT_EQ(CString(name).CompareNoCase(At("QMX234A.tmp")), 0);
+    EXPECT_FALSE(FileSystem::FileExists(name));
+    // Numbers the system picks are created exclusively, so they never repeat.
+    Names created;
+    for (int i = 0; i < 40; ++i) {
+        ASSERT_NE(fs::GetTempFileNameA(folder, "Q", 0, name), 0u);
+        EXPECT_TRUE(FileSystem::FileExists(name));
+        created.insert(name);
+    }
+    EXPECT_EQ(created.size(), 40u);
+
+    Touch("ro.txt");
+    EXPECT_TRUE(fs::SetFileAttributesA(At("ro.txt"), FILE_ATTRIBUTE_READONLY));
+    EXPECT_NE(fs::GetFileAttributesA(At("ro.txt")) & FILE_ATTRIBUTE_READONLY, 0u);
+    EXPECT_FALSE(fs::DeleteFileA(At("ro.txt")));
+    EXPECT_EQ(fs::GetLastError(), (DWORD)ERROR_ACCESS_DENIED);
+    EXPECT_TRUE(fs::SetFileAttributesA(At("ro.txt"), FILE_ATTRIBUTE_NORMAL));
+    EXPECT_TRUE(fs::DeleteFileA(At("ro.txt")));
+}
+
+TEST_F(FileServices, ShellCopiesMovesRenamesAndDeletes) {
+    Folder("src");
+    Folder("src\\inner");
+    Touch("src\\a.txt");
+    Touch("src\\b.log");
+    Touch("src\\inner\\c.txt");
+    auto shell = [](UINT func, std::string from, std::string to) {
+        from.push_back('\0');
+        to.push_back('\0');
+        SHFILEOPSTRUCTA op = {};
+        op.wFunc = func;
+        op.pFrom = from.c_str();
+        op.pTo = to.size() > 1 ? to.c_str() : nullptr;
+        op.fFlags = FOF_SILENT | FOF_NOCONFIRMATION | FOF_NOERRORUI | FOF_NOCONFIRMMKDIR;
+        return fs::SHFileOperationA(&op);
+    };
+    EXPECT_EQ(shell(FO_COPY, At("src").GetString(), At("copy").GetString()), 0);  // a folder under a new name
+    EXPECT_TRUE(FileSystem::FileExists(At("copy\\inner\\c.txt")));
+    EXPECT_EQ(shell(FO_COPY, At("src\\*.txt").GetString(), At("txt").GetString()), 0);  // matches into a new folder
+    EXPECT_TRUE(FileSystem::FileExists(At("txt\\a.txt")));
+    EXPECT_FALSE(FileSystem::FileExists(At("txt\\b.log")));
+    EXPECT_FALSE(FileSystem::FileExists(At("txt\\inner")));
+    EXPECT_EQ(shell(FO_MOVE, At("copy\\b.log").GetString(), At("txt").GetString()), 0);  // into a folder
+    EXPECT_TRUE(FileSystem::FileExists(At("txt\\b.log")));
+    EXPECT_FALSE(FileSystem::FileExists(At("copy\\b.log")));
+    EXPECT_EQ(shell(FO_RENAME, At("copy").GetString(), At("renamed").GetString()), 0);
+    EXPECT_TRUE(FileSystem::FileExists(At("renamed\\inner\\c.txt")));
+    std::string both = std::string(At("renamed")) + '\0' + std::string(At("txt"));
+    EXPECT_EQ(shell(FO_DELETE, both, ""), 0);
+    EXPECT_FALSE(FileSystem::FileExists(At("renamed")));
+    EXPECT_FALSE(FileSystem::FileExists(At("txt")));
+    EXPECT_NE(shell(FO_DELETE, At("missing").GetString(), ""), 0);
+}
+
 TEST(FileServiceText, SplitterAndJoinerNeverOverrun) {
     char drive[3], dir[8], name[8], ext[8];
     EXPECT_EQ(fs::SplitPathS("C:\\d\\n.e", drive, 3, dir, 8, name, 8, ext, 8), 0);
@@ -167,7 +258,13 @@ TEST_F(FileServices, PosixDrivesMapToFoldersWithTheirOwnCurrentFolder) {
     EXPECT_STREQ(FileSystem::GetCurrentDirectory(), "Q:\\Sub\\");
     EXPECT_EQ(FileSystem::SetDrive(3), 0);  // C: is not mapped
 
+    CFile found("Q:\\SUB\\file.TXT", CFile::modeRead);  // the framework's files go through the drives too
+    found.Close();
     ASSERT_TRUE(fs::SetDriveMapping('Q', nullptr));
+    CFile unmapped;
+    CFileException error;
+    EXPECT_FALSE(unmapped.Open("Q:\\Sub\\File.txt", CFile::modeRead, &error));
+    EXPECT_EQ(error.m_cause, CFileException::fileNotFound);
     EXPECT_EQ(fs::GetFileAttributesA("Q:\\Sub"), INVALID_FILE_ATTRIBUTES);
     EXPECT_EQ(fs::GetLastError(), (DWORD)ERROR_PATH_NOT_FOUND);
     ASSERT_TRUE(fs::SetDriveMapping('Z', nullptr));

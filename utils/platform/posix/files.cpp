@@ -1243,7 +1243,9 @@ BOOL DeleteFileA(LPCSTR path) {
     std::string native;
     if (!Native(path, native)) return FALSE;
     struct stat st;
-    if (lstat(native.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) return Fail(ERROR_ACCESS_DENIED), FALSE;
+    // Windows refuses to delete a read-only file (one without write permission here).
+    if (lstat(native.c_str(), &st) == 0 && (S_ISDIR(st.st_mode) || (S_ISREG(st.st_mode) && !(st.st_mode & 0222))))
+        return Fail(ERROR_ACCESS_DENIED), FALSE;
     if (unlink(native.c_str()) != 0) return FailErrno(native);
     return TRUE;
 }
