@@ -799,7 +799,11 @@ int ExpandSources(const std::vector<std::string>& items, bool filesOnly, std::ve
         }
         std::string native;
         struct stat st;
-        if (!Native(item.c_str(), native) || lstat(native.c_str(), &st) != 0) return DE_ERROR_UNKNOWN;
+        FullPath fp;
+        if (!MakeFull(item.c_str(), fp) || !NativeOf(fp, native) || lstat(native.c_str(), &st) != 0)
+            return DE_ERROR_UNKNOWN;
+        // A drive or a share itself is never copied, moved or deleted as an item.
+        if (fp.parts.empty()) return ERROR_ACCESS_DENIED;
         out.push_back({native, BaseName(native)});
     }
     return 0;
