@@ -6,25 +6,13 @@
 #include <vector>
 
 #include "command.h"
+#include "path_output.h"
 #include "utils/common/FileSystem.h"
 #include "utils/platform/files.h"
 
 namespace {
 
 using Args = std::vector<std::string>;
-
-std::string NativeNote(const CString& path) {
-    std::string native;
-    if (path.IsEmpty() || !qm::platform::ToNativePath(path, native) || native == path.GetString()) return std::string();
-    return "  (= " + native + ")";
-}
-
-int Failed(const char* what, const std::string& path) {
-    DWORD error = qm::platform::GetLastError();
-    std::printf("%s failed for %s: error %u (%s)\n", what, path.c_str(), (unsigned)error,
-                qm::platform::SystemErrorText(error).c_str());
-    return 1;
-}
 
 int RunList(const Args& a) {
     if (a.size() > 1) throw qmutil::UsageError("usage: qmutil dir list [PATTERN]");
@@ -37,7 +25,7 @@ int RunList(const Args& a) {
         mask = "*.*";
     }
     if (folder.IsEmpty()) folder = FileSystem::GetCurrentDirectory();
-    std::printf("%s%s\n", FileSystem::CreateFilePath(folder, mask).GetString(), NativeNote(folder).c_str());
+    std::printf("%s%s\n", FileSystem::CreateFilePath(folder, mask).GetString(), qmutil::NativeNote(folder).c_str());
     int count = 0;
     for (FileSystem::CFileItr it(folder, mask); it.IsValid(); it.Next(), ++count)
         std::printf("  %s%s\n", *it, it.IsDirectory() ? "\\" : "");
@@ -51,21 +39,21 @@ int RunMake(const Args& a) {
         std::printf("%s already exists\n", a[0].c_str());
         return 1;
     }
-    if (FileSystem::MakePath(a[0].c_str()) != 0) return Failed("make", a[0]);
-    std::printf("created %s%s\n", a[0].c_str(), NativeNote(a[0].c_str()).c_str());
+    if (FileSystem::MakePath(a[0].c_str()) != 0) return qmutil::ReportFailure("make", a[0]);
+    std::printf("created %s%s\n", a[0].c_str(), qmutil::NativeNote(a[0].c_str()).c_str());
     return 0;
 }
 
 int RunRemove(const Args& a) {
     qmutil::RequireArgs(a, 1, "dir remove PATH");
-    if (!FileSystem::RemoveFolder(a[0].c_str())) return Failed("remove", a[0]);
+    if (!FileSystem::RemoveFolder(a[0].c_str())) return qmutil::ReportFailure("remove", a[0]);
     std::printf("removed %s (to the trash where it can go)\n", a[0].c_str());
     return 0;
 }
 
 int RunCopy(const Args& a) {
     qmutil::RequireArgs(a, 2, "dir copy SOURCE TARGET\\   (the target should end in a backslash)");
-    if (!MFCFileSystem::CopyDirectory(a[0].c_str(), a[1].c_str())) return Failed("copy", a[0]);
+    if (!MFCFileSystem::CopyDirectory(a[0].c_str(), a[1].c_str())) return qmutil::ReportFailure("copy", a[0]);
     std::printf("copied the files of %s to %s\n", a[0].c_str(), a[1].c_str());
     return 0;
 }
@@ -73,8 +61,8 @@ int RunCopy(const Args& a) {
 int RunTempFile(const Args& a) {
     qmutil::RequireArgs(a, 0, "dir tempfile");
     CString name = FileSystem::GetTempFileName();
-    if (name.IsEmpty()) return Failed("tempfile", "the temporary folder");
-    std::printf("%s%s\n", name.GetString(), NativeNote(name).c_str());
+    if (name.IsEmpty()) return qmutil::ReportFailure("tempfile", "the temporary folder");
+    std::printf("%s%s\n", name.GetString(), qmutil::NativeNote(name).c_str());
     return 0;
 }
 
@@ -82,7 +70,7 @@ int RunDrives(const Args& a) {
     qmutil::RequireArgs(a, 0, "dir drives");
     char* list = nullptr;
     FileSystem::GetDriveStrings(&list);
-    if (!list) return Failed("drives", "this system");
+    if (!list) return qmutil::ReportFailure("drives", "this system");
     for (const char* d = list; *d; d += std::strlen(d) + 1) {
         std::string mapped = qm::platform::DriveMapping(d[0]);
         CString unc = FileSystem::GetUniversalName(CString(d, 2));
@@ -95,9 +83,9 @@ int RunDrives(const Args& a) {
 
 int RunCd(const Args& a) {
     if (a.size() > 1) throw qmutil::UsageError("usage: qmutil dir cd [PATH]");
-    if (a.size() == 1 && !FileSystem::SetCurrentDirectory(a[0].c_str())) return Failed("cd", a[0]);
+    if (a.size() == 1 && !FileSystem::SetCurrentDirectory(a[0].c_str())) return qmutil::ReportFailure("cd", a[0]);
     CString cwd = FileSystem::GetCurrentDirectory();
-    std::printf("%s%s\n", cwd.GetString(), NativeNote(cwd).c_str());
+    std::printf("%s%s\n", cwd.GetString(), qmutil::NativeNote(cwd).c_str());
     std::printf("drive %d\n", FileSystem::GetDrive());
     return 0;
 }

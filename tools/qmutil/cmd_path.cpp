@@ -5,29 +5,13 @@
 #include <vector>
 
 #include "command.h"
+#include "path_output.h"
 #include "utils/common/FileSystem.h"
 #include "utils/platform/files.h"
 
 namespace {
 
 using Args = std::vector<std::string>;
-
-// "  = /tmp/a.txt" under a Windows path, when the two differ (never on Windows itself).
-void ShowNative(const CString& path) {
-    std::string native;
-    if (path.IsEmpty()) return;
-    if (!qm::platform::ToNativePath(path, native))
-        std::printf("  (no Linux path: %s)\n", qm::platform::SystemErrorText(qm::platform::GetLastError()).c_str());
-    else if (native != path.GetString())
-        std::printf("  = %s\n", native.c_str());
-}
-
-int Failed(const char* what, const std::string& path) {
-    DWORD error = qm::platform::GetLastError();
-    std::printf("%s failed for %s: error %u (%s)\n", what, path.c_str(), (unsigned)error,
-                qm::platform::SystemErrorText(error).c_str());
-    return 1;
-}
 
 int RunSplit(const Args& a) {
     qmutil::RequireArgs(a, 1, "path split PATH");
@@ -43,9 +27,8 @@ int RunSplit(const Args& a) {
 int RunForm(const Args& a, const char* usage, int (*form)(CString&), const char* what) {
     qmutil::RequireArgs(a, 1, usage);
     CString p = a[0].c_str();
-    if (!form(p)) return Failed(what, a[0]);
-    std::printf("%s\n", p.GetString());
-    ShowNative(p);
+    if (!form(p)) return qmutil::ReportFailure(what, a[0]);
+    std::printf("%s%s\n", p.GetString(), qmutil::NativeNote(p).c_str());
     return 0;
 }
 
@@ -86,8 +69,7 @@ int RunUnique(const Args& a) {
     qmutil::RequireArgs(a, 1, "path unique PATH");
     CString p = a[0].c_str();
     FileSystem::MakeUniqueFileName(p);
-    std::printf("%s\n", p.GetString());
-    ShowNative(p);
+    std::printf("%s%s\n", p.GetString(), qmutil::NativeNote(p).c_str());
     return 0;
 }
 
@@ -125,8 +107,7 @@ int RunSearch(const Args& a) {
         std::printf("%s: not found in the current folder or in %s\n", a[0].c_str(), a[1].c_str());
         return 1;
     }
-    std::printf("%s\n", found.GetString());
-    ShowNative(found);
+    std::printf("%s%s\n", found.GetString(), qmutil::NativeNote(found).c_str());
     return 0;
 }
 
