@@ -115,6 +115,9 @@ TEST_F(Folders, CurrentFolderAndDrive) {
     EXPECT_STREQ(FileSystem::GetDriveCurrent(0), At("work\\"));
     EXPECT_EQ(FileSystem::SetDrive(26), 1);
     EXPECT_STREQ(FileSystem::GetCurrentDirectory(), At("work\\"));
+    ASSERT_TRUE(FileSystem::SetCurrentDirectory("Z:\\"));
+    EXPECT_STREQ(FileSystem::GetCurrentDirectory(), "Z:\\");
+    ASSERT_TRUE(FileSystem::SetCurrentDirectory(At("work")));
 
     CString full = "sub\\..\\f.txt";
     EXPECT_EQ(FileSystem::MakeFull(full), 1);
