@@ -183,6 +183,9 @@ protected:
     bool PasteIncompatible(const CDIBitmap& src, const CRect& storageRect);
     // Create(BITMAPINFOHEADER*) from a packed DIB of which `available` bytes may be read.
     bool CreateFromPacked(const BITMAPINFOHEADER* pBI, std::uint64_t available);
+    // Makes `result` a bitmap of the given size with a copy of `model`'s header block (its
+    // depth, table or masks, resolution); the pixels are not initialised.
+    static bool CreateLike(CDIBitmap& result, const CDIBitmap& model, std::int64_t width, std::int64_t height);
 
     CBmpInfo m_BmpInfo;
     CBmpBits m_BmpBits;
