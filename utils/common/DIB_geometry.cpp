@@ -510,7 +510,7 @@ bool CDIBitmap::PasteCompatible(const CDIBitmap& SrcBmp, const CRect& storageRec
         const BYTE* in = SrcBmp.m_BmpBits.m_pPtr + srcStride * y;
         BYTE* out = m_BmpBits.m_pPtr + dstStride * (std::uint64_t)(storageRect.top + y);
         if (!(bpp % 8)) {
-            std::memcpy(out + start / 8, in, (size_t)(nbits / 8));
+            std::memmove(out + start / 8, in, (size_t)(nbits / 8));  // a bitmap may paste itself
         } else {
             // Bits shifted into place one by one, the bits around them kept.
             for (std::uint64_t i = 0; i < nbits; ++i) {
