@@ -30,14 +30,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::uint64_t info = (std::uint64_t)h.biSize + (masks ? 12 : 0) + 4 * colours;
     std::uint64_t stride = h.biWidth > 0 ? ((std::uint64_t)h.biWidth * h.biBitCount + 31) / 32 * 4 : 0;
     std::uint64_t need = info + stride * (std::uint64_t)(h.biHeight > 0 ? h.biHeight : 0);
-    if (need > (1u << 22)) return 0;  // the claimed block is too large to provide here
+    if (need > (1u << 20)) return 0;  // the claimed block is too large to provide here
     // Exactly the claimed length (never less than the input), so any read past it is caught.
     std::vector<BYTE> block(std::max<std::uint64_t>(need, size));
     std::memcpy(block.data(), data, size);
     auto* pBI = reinterpret_cast<BITMAPINFOHEADER*>(block.data());
     CDIBitmap b;
     if (!b.Attach(pBI)) return 0;
-    if ((std::uint64_t)b.GetWidth() * b.GetHeight() <= (1u << 16)) {
+    if ((std::uint64_t)b.GetWidth() * b.GetHeight() <= (1u << 14)) {
         for (int y = 0; y < b.GetHeight(); ++y)
             for (int x = 0; x < b.GetWidth(); ++x) {
                 (void)b.GetPixelValue(CPoint(x, y));
