@@ -1,27 +1,17 @@
 // Arbitrary bytes as a caller's packed DIB: the block is extended with zeros to the length
 // its header claims (the caller's side of the contract), attached, every pixel is read, and
 // copies go through the operations that read the whole block.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <algorithm>
 #include <cstring>
 #include <vector>
 
-#include "utils/common/CVLogger.h"
+#include "quiet_reports.h"
 #include "utils/common/DIB.h"
 
-namespace {
-void QuietAssert(const char*, const char*, int) {}
-void QuietTrace(const char*) {}
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static bool ready = [] {
-        SetCvAssertSink(&QuietAssert);
-        SetCvTraceSink(&QuietTrace);
-        return true;
-    }();
-    (void)ready;
+    qmfuzz::QuietReports();
     if (size < sizeof(BITMAPINFOHEADER)) return 0;
     BITMAPINFOHEADER h;
     std::memcpy(&h, data, sizeof h);

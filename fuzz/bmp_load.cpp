@@ -5,21 +5,11 @@
 #include <cstring>
 #include <vector>
 
-#include "utils/common/CVLogger.h"
+#include "quiet_reports.h"
 #include "utils/common/DIB.h"
 
-namespace {
-void QuietAssert(const char*, const char*, int) {}
-void QuietTrace(const char*) {}
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static bool ready = [] {
-        SetCvAssertSink(&QuietAssert);
-        SetCvTraceSink(&QuietTrace);
-        return true;
-    }();
-    (void)ready;
+    qmfuzz::QuietReports();
     if (size == 0) return 0;
     bool header = data[0] & 1;
     std::vector<BYTE> bytes(data + 1, data + size);

@@ -3,22 +3,12 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "utils/common/CVLogger.h"
+#include "quiet_reports.h"
 #include "utils/common/DIB.h"
 #include "utils/platform/stream.h"
 
-namespace {
-void QuietAssert(const char*, const char*, int) {}
-void QuietTrace(const char*) {}
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static bool ready = [] {
-        SetCvAssertSink(&QuietAssert);
-        SetCvTraceSink(&QuietTrace);
-        return true;
-    }();
-    (void)ready;
+    qmfuzz::QuietReports();
     IStream* stream = qm::platform::CreateMemoryStream(data, size);
     if (!stream) return 0;
     CDIBitmap b;
