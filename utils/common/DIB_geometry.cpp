@@ -263,6 +263,17 @@ int CDIBitmap::Resize(const CSize& size) {
     for (int y = 0; y < size.cy; ++y) {
         BYTE* out = result.GetBits() + dstStride * y;
         const Span& ry = rows[(size_t)y];
+        if (!averageRows && !averageCols) {
+            // One source pixel per target pixel: a plain copy of its three bytes.
+            const BYTE* in = src->GetBits() + srcStride * ry.first;
+            for (int x = 0; x < size.cx; ++x, out += 3) {
+                const BYTE* p = in + 3 * (std::uint64_t)cols[(size_t)x].first;
+                out[0] = p[0];
+                out[1] = p[1];
+                out[2] = p[2];
+            }
+            continue;
+        }
         for (int x = 0; x < size.cx; ++x, out += 3) {
             const Span& cx = cols[(size_t)x];
             unsigned sum[3] = {0, 0, 0}, count = 0;
@@ -309,12 +320,13 @@ void RotateTiles(BYTE* bits, std::uint64_t dstStride, int rw, int rh, const BYTE
 template <size_t N>
 void RotateSquareInPlace(BYTE* bits, std::uint64_t stride, int side, bool clockwise) {
     auto at = [&](int x, int y) { return bits + stride * (std::uint64_t)y + N * (std::uint64_t)x; };
-    const int m = side - 1, tile = 8;
+    // Narrow along x (each step there moves two of the four positions by a row), long along y.
+    const int m = side - 1, tile = 8, tileY = 32;
     const std::ptrdiff_t row = (std::ptrdiff_t)stride, step = (std::ptrdiff_t)N;
     BYTE t[N];
-    for (int y0 = 0; y0 < side / 2; y0 += tile)
+    for (int y0 = 0; y0 < side / 2; y0 += tileY)
         for (int x0 = 0; x0 < (side + 1) / 2; x0 += tile)
-            for (int y = y0; y < std::min(y0 + tile, side / 2); ++y) {
+            for (int y = y0; y < std::min(y0 + tileY, side / 2); ++y) {
                 int x = x0, xe = std::min(x0 + tile, (side + 1) / 2);
                 // Along x the four positions move by a pixel or a row each.
                 BYTE* p0 = at(x, y);
