@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -264,8 +265,11 @@ const Edit kPaste{"bmp paste IN SOURCE X Y OUT", 3, [](CDIBitmap& b, const std::
                   }};
 
 void Tour() {
-    const char* in = "qmutil_tour.bmp";
-    const char* out = "qmutil_tour_out.bmp";
+    // The pictures go to the temporary folder, which is writable when the current one is not.
+    std::error_code error;
+    std::filesystem::path dir = std::filesystem::temp_directory_path(error);
+    const std::string in = (dir / "qmutil_tour.bmp").string();
+    const std::string out = (dir / "qmutil_tour_out.bmp").string();
     qmutil::TourStep("bmp sample 40 30 8 qmutil_tour.bmp");
     RunSample({"40", "30", "8", in});
     qmutil::TourStep("bmp info qmutil_tour.bmp");
@@ -278,8 +282,8 @@ void Tour() {
     RunEdit(kResize, {in, "20", "15", out});
     qmutil::TourStep("bmp brightness qmutil_tour_out.bmp 40 qmutil_tour_out.bmp");
     RunEdit(kBrightness, {out, "40", out});
-    std::remove(in);
-    std::remove(out);
+    std::remove(in.c_str());
+    std::remove(out.c_str());
 }
 
 int Rotate(const std::vector<std::string>& a) { return RunEdit(kRotate, a); }
