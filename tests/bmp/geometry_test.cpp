@@ -204,3 +204,38 @@ TEST(DibGeometry, RefusalsLeaveTheBitmapAsItWas) {
     EXPECT_EQ(b.GetBitCount(), 24);
     EXPECT_TRUE(ModelOf(b) == pic);
 }
+
+TEST(DibGeometry, PreconditionTextsAreReportedWordForWord) {
+    struct Case { void (*run)(); std::vector<std::string> texts; };
+    const Case cases[] = {
+        {[] { CDIBitmap b; b.Create(4, 4, 24); b.Fill(CRect(2, 1, 2, 9), 0); },
+         {"!rect.IsRectEmpty()", "(0 < rect.bottom) && (rect.bottom <= GetHeight())"}},
+        {[] { CDIBitmap b; b.Create(4, 4, 8); CDIBitmap c(b, CRect(-1, 4, 5, 4)); },
+         {"!SrcRect.IsRectEmpty()", "(0 <= SrcRect.left) && (SrcRect.left < SrcBmp.GetWidth())",
+          "(0 < SrcRect.right) && (SrcRect.right <= SrcBmp.GetWidth())",
+          "(0 <= SrcRect.top) && (SrcRect.top < SrcBmp.GetHeight())"}},
+        {[] { CDIBitmap b; b.Create(4, 4, 8); b.GetPixelColor16(CPoint(0, 0)); }, {"GetBitCount () == 16"}},
+        {[] { CDIBitmap b; b.Create(4, 4, 4); b.SetPixelValue(CPoint(1, 1), 16); }, {"Bits <= 0x0F"}},
+        {[] { CDIBitmap b; b.Create(4, 4, 24); b.AddBorders(0, 1, -1, 1, 0); }, {"top > 0", "left > 0"}},
+        {[] { CDIBitmap b; CDIBitmap s; s.Create(1, 1, 8); b.Paste(s, CPoint(0, 0)); },
+         {"IsValid()", "(0 <= dest_rect.left) && (dest_rect.right <= GetWidth())",
+          "(0 <= dest_rect.top) && (dest_rect.bottom <= GetHeight())"}},
+        {[] {
+             std::vector<BYTE> block(40 + 12 + 4, 0);
+             auto* h = reinterpret_cast<BITMAPINFOHEADER*>(block.data());
+             *h = BITMAPINFOHEADER{40, 1, 1, 1, 16, BI_BITFIELDS, 0, 0, 0, 0, 0};
+             block[41] = 0xF8;  // red 0xF800, green and blue masks zero
+             CDIBitmap b;
+             b.Attach(h);
+             EXPECT_EQ(b.GetPixelColor(CPoint(0, 0)), 0u);
+             b.Detach();
+         },
+         {"dwBitMask", "dwBitMask"}},
+    };
+    for (const Case& c : cases) {
+        qmtest::RecordingAssertSink sink;
+        c.run();
+        EXPECT_EQ(sink.Expressions(), c.texts);
+        for (const qmtest::AssertReport& r : sink.Reports()) EXPECT_EQ(r.module, "Common\\DIB");
+    }
+}
