@@ -129,7 +129,8 @@ int RunDemo(const Options& o, bool watchKeys) {
         if (cancelled || qm::platform::SystemTickCount() - g_start > limit) break;
     }
     if (!g_live.empty()) {
-        std::printf("%s: giving up the %zu objects left\n", cancelled ? "cancelled" : "time is up", g_live.size());
+        std::printf("%s: giving up the %lu objects left\n", cancelled ? "cancelled" : "time is up",
+                    (unsigned long)g_live.size());
         for (DemoThread* t : std::vector<DemoThread*>(g_live.begin(), g_live.end())) {
             t->Cancel();
             t->Abandom();
