@@ -133,7 +133,7 @@ void CQMWaitCursor::End() {
 // ---------------------------------------------------------------------------------------
 // CQMWProgressHelper
 
-CQMWProgressHelper::CQMWProgressHelper() : m_pFrame(nullptr) {}
+CQMWProgressHelper::CQMWProgressHelper() : m_pFrame(nullptr), m_nUncaughtAtStart(std::uncaught_exceptions()) {}
 
 CQMWProgressHelper::~CQMWProgressHelper() noexcept(false) {
     if (m_waitCursors.empty()) return;
@@ -142,7 +142,9 @@ CQMWProgressHelper::~CQMWProgressHelper() noexcept(false) {
         delete m_waitCursors.top().second;
         m_waitCursors.pop();
     }
-    if (std::uncaught_exceptions() == 0)
+    // Compared with the count at construction rather than with 0: a runtime linked into each
+    // module may keep counting an exception that another module caught.
+    if (std::uncaught_exceptions() <= m_nUncaughtAtStart)
         CQMWException::RaiseError(nullptr, "m_waitCursors.empty()", QM_SOURCE_MODULE, __LINE__);
 }
 

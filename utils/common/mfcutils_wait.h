@@ -86,6 +86,10 @@ public:
 protected:
     std::stack<std::pair<int, CQMWaitCursor*>, std::deque<std::pair<int, CQMWaitCursor*>>> m_waitCursors;
     CQMWFrame* m_pFrame;
+
+private:
+    // Exceptions in flight when the helper was made: more at destruction means unwinding.
+    int m_nUncaughtAtStart;
 };
 
 // Counts live objects in a shared variable with interlocked increments; safe on any thread.
