@@ -210,7 +210,13 @@ TEST_F(Scheduler, FinishWithoutAWindowIsReported) {
     CCallBackThread::Destroy();
     qmtest::RecordingAssertSink sink;
     p->OnThreadFinish();
-    EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"s_pThreadMessageWnd"});
+    {
+        CCallBackThread_Support orphan(nullptr);
+        CCallBackThread_Support idle(p);  // its master is not marked running
+        EXPECT_TRUE(idle.InitInstance());
+        EXPECT_TRUE(idle.m_bAutoDelete);
+    }
+    EXPECT_EQ(sink.Expressions(), (std::vector<std::string>{"s_pThreadMessageWnd", "m_pMaster", "m_pMaster->m_bRunning"}));
     EXPECT_TRUE(p->IsFinished());
     m_live.clear();
     delete p;  // never launched: safe to delete by hand
