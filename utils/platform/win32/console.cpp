@@ -56,7 +56,14 @@ BOOL WINAPI OnControl(DWORD type) {
 
 }  // namespace
 
-bool IsTerminalStream(int stream) { return _isatty(stream == 1 ? 1 : 2) != 0; }
+bool IsTerminalStream(int stream) {
+    if (!_isatty(stream == 1 ? 1 : 2)) return false;
+    // The frame redraws its line with ANSI sequences: let the console interpret them.
+    HANDLE h = GetStdHandle(stream == 1 ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
+    DWORD mode = 0;
+    if (GetConsoleMode(h, &mode)) SetConsoleMode(h, mode | 0x0004 /* ENABLE_VIRTUAL_TERMINAL_PROCESSING */);
+    return true;
+}
 
 int TerminalColumns() {
     CONSOLE_SCREEN_BUFFER_INFO info{};
