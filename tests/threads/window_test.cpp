@@ -230,3 +230,14 @@ TEST(Threads, DefaultRunPumpsUntilQuitAndWindowsBelongToTheirThread) {
     EXPECT_TRUE(IsWindow(h));
     EXPECT_TRUE(w.DestroyWindow());
 }
+
+TEST(Threads, CurrentApplicationIsTheLastOneAliveWhateverTheOrder) {
+    CWinApp* module = AfxGetApp();
+    auto* a = new CWinApp("a");
+    auto* b = new CWinApp("b");
+    EXPECT_EQ(AfxGetApp(), b);
+    delete a;  // out of order
+    EXPECT_EQ(AfxGetApp(), b);
+    delete b;
+    EXPECT_EQ(AfxGetApp(), module);
+}

@@ -1,23 +1,39 @@
 #include "utils/framework/CWinApp.h"
 
-#include <atomic>
+#include <algorithm>
+#include <mutex>
+#include <vector>
 
 #include "utils/platform/thread.h"
 #include "utils/platform/window.h"
 
 namespace {
-std::atomic<CWinApp*> g_currentApp{nullptr};
+
+// Every application object alive, in construction order; the last is the current one. Kept
+// for the whole process, so that objects destroyed in any order leave no dangling current.
+struct Apps {
+    std::mutex m;
+    std::vector<CWinApp*> alive;
+};
+
+Apps& TheApps() {
+    static Apps* apps = new Apps;
+    return *apps;
 }
 
-CWinApp::CWinApp(const char* lpszAppName)
-    : m_pszAppName(lpszAppName), m_nWaitCursorCount(0), m_pPreviousApp(g_currentApp.load()) {
+}  // namespace
+
+CWinApp::CWinApp(const char* lpszAppName) : m_pszAppName(lpszAppName), m_nWaitCursorCount(0) {
     m_nThreadID = qm::platform::CurrentThreadId();
-    g_currentApp = this;
+    Apps& apps = TheApps();
+    std::lock_guard<std::mutex> lock(apps.m);
+    apps.alive.push_back(this);
 }
 
 CWinApp::~CWinApp() {
-    CWinApp* self = this;
-    g_currentApp.compare_exchange_strong(self, m_pPreviousApp);
+    Apps& apps = TheApps();
+    std::lock_guard<std::mutex> lock(apps.m);
+    apps.alive.erase(std::remove(apps.alive.begin(), apps.alive.end(), this), apps.alive.end());
 }
 
 BOOL CWinApp::InitInstance() { return TRUE; }
@@ -32,4 +48,8 @@ void CWinApp::DoWaitCursor(int nCode) {
     }
 }
 
-CWinApp* AfxGetApp() { return g_currentApp.load(); }
+CWinApp* AfxGetApp() {
+    Apps& apps = TheApps();
+    std::lock_guard<std::mutex> lock(apps.m);
+    return apps.alive.empty() ? nullptr : apps.alive.back();
+}

@@ -18,9 +18,6 @@ public:
 
     const char* m_pszAppName;
     int m_nWaitCursorCount;
-
-private:
-    CWinApp* m_pPreviousApp;
 };
 
 // The current application object: the last one constructed that still exists (the module's
