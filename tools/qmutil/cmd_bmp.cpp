@@ -5,10 +5,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "command.h"
+#include "terminal_frame.h"
 #include "utils/common/CVLogger.h"
 #include "utils/common/DIB.h"
 
@@ -181,16 +183,28 @@ struct Edit {
     void (*apply)(CDIBitmap& b, const std::vector<std::string>& a);
 };
 
+// Files above this size show their three steps (read, edit, write) on the terminal frame,
+// and Escape or Ctrl-C stops before the result is written.
+constexpr std::uintmax_t kLargeFile = 4u << 20;
+
 int RunEdit(const Edit& e, const std::vector<std::string>& a) {
     qmutil::RequireArgs(a, e.args + 2, e.usage);
+    std::error_code size_error;
+    std::unique_ptr<qmutil::LongWork> work;
+    if (std::filesystem::file_size(a[0], size_error) > kLargeFile && !size_error)
+        work = std::make_unique<qmutil::LongWork>(("Editing " + a[0]).c_str(), 3);
     CDIBitmap b;
     Load(b, a[0]);
     std::vector<std::string> mid(a.begin() + 1, a.end() - 1);
+    if (work && !work->Step()) throw UsageError("cancelled");
     {
         Quiet quiet;
         e.apply(b, mid);
     }
+    if (work && !work->Step()) throw UsageError("cancelled");
     Save(b, a.back());
+    if (work) work->Step();
+    work.reset();
     std::printf("%s: %d x %d, %d bits\n", a.back().c_str(), b.GetWidth(), b.GetHeight(), b.GetBitCount());
     return 0;
 }
