@@ -1,0 +1,44 @@
+// A memory device context with a font selected, for the device-context tests.
+#pragma once
+
+#include <memory>
+
+#include "utils/framework/CDC.h"
+
+namespace dctest {
+
+struct FontSpec {
+    const char* face;
+    int height;  // as lfHeight: negative = em size, positive = cell height
+    int weight;
+};
+
+class MemoryDC {
+public:
+    explicit MemoryDC(const FontSpec& spec, int cx = 64, int cy = 64) {
+        dc.CreateCompatibleDC(nullptr);
+        font.CreateFont(spec.height, 0, 0, 0, spec.weight, 0, 0, 0, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS,
+                        CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY, DEFAULT_PITCH, spec.face);
+        oldFont = dc.SelectObject(&font);
+        CDC screen;
+        screen.CreateDC("DISPLAY", nullptr, nullptr, nullptr);
+        bitmap.CreateCompatibleBitmap(&screen, cx, cy);
+        oldBitmap = dc.SelectObject(&bitmap);
+    }
+    ~MemoryDC() {
+        dc.SelectObject(oldFont);
+        dc.SelectObject(oldBitmap);
+    }
+    CDC dc;
+    CFont font;
+    CBitmap bitmap;
+    CFont* oldFont = nullptr;
+    CBitmap* oldBitmap = nullptr;
+};
+
+inline const FontSpec kFonts[] = {
+    {"DejaVu Sans", -12, FW_NORMAL}, {"Times New Roman", 20, FW_NORMAL}, {"Courier New", -15, FW_NORMAL},
+    {"Arial", -17, FW_BOLD},         {"Tahoma", 11, FW_NORMAL},
+};
+
+}  // namespace dctest
