@@ -10,6 +10,7 @@
 #pragma once
 
 #include "utils/framework/wingdc.h"
+#include "utils/framework/wingdi.h"
 #include "utils/module/export.h"
 
 namespace qm::platform {
@@ -52,5 +53,26 @@ BOOL GdiStretchBlt(HDC dst, int x, int y, int cx, int cy, HDC src, int xSrc, int
                    DWORD rop);
 int GdiSetStretchBltMode(HDC hdc, int mode);
 int GdiGetStretchBltMode(HDC hdc);
+
+// Device-independent bitmaps to and from a context, with gdi32's parameters and results:
+// SetDIBitsToDevice and StretchDIBits give the number of scan lines drawn (0 on failure);
+// GetDIBits with null bits fills the header (a zero bit count asks for the bitmap's own
+// format), with bits copies rows start..start+lines-1 in the header's format and returns the
+// number copied. The POSIX backend reads DIBs of 1, 4, 8, 16, 24 and 32 bits (BI_RGB and
+// BI_BITFIELDS) and writes 16, 24 and 32 bits.
+int GdiSetDIBitsToDevice(HDC hdc, int xDest, int yDest, DWORD w, DWORD h, int xSrc, int ySrc, UINT startScan,
+                         UINT cLines, const void* bits, const BITMAPINFO* bmi, UINT colorUse);
+int GdiStretchDIBits(HDC hdc, int xDest, int yDest, int destWidth, int destHeight, int xSrc, int ySrc, int srcWidth,
+                     int srcHeight, const void* bits, const BITMAPINFO* bmi, UINT usage, DWORD rop);
+int GdiGetDIBits(HDC hdc, HBITMAP bmp, UINT start, UINT cLines, void* bits, BITMAPINFO* bmi, UINT usage);
+
+// The Video for Windows DrawDib service: open a DrawDib context, draw a bottom-up DIB part
+// (source coordinates from the top-left of the picture), close. Exported so that a host can
+// open the context that CDIBitmap::Draw takes.
+MFCQMUTILS_API void* GdiDrawDibOpen();
+MFCQMUTILS_API BOOL GdiDrawDibClose(void* hdd);
+MFCQMUTILS_API BOOL GdiDrawDibDraw(void* hdd, HDC hdc, int xDst, int yDst, int dxDst, int dyDst,
+                                   const BITMAPINFOHEADER* lpbi, const void* lpBits, int xSrc, int ySrc, int dxSrc,
+                                   int dySrc, UINT wFlags);
 
 }  // namespace qm::platform

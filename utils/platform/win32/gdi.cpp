@@ -1,5 +1,7 @@
 #include "utils/platform/gdi.h"
 
+#include <vfw.h>
+
 namespace qm::platform {
 
 HDC GdiGetScreenDC() { return GetDC(nullptr); }
@@ -61,5 +63,29 @@ BOOL GdiStretchBlt(HDC dst, int x, int y, int cx, int cy, HDC src, int xSrc, int
 
 int GdiSetStretchBltMode(HDC hdc, int mode) { return SetStretchBltMode(hdc, mode); }
 int GdiGetStretchBltMode(HDC hdc) { return GetStretchBltMode(hdc); }
+
+int GdiSetDIBitsToDevice(HDC hdc, int xDest, int yDest, DWORD w, DWORD h, int xSrc, int ySrc, UINT startScan,
+                         UINT cLines, const void* bits, const BITMAPINFO* bmi, UINT colorUse) {
+    return SetDIBitsToDevice(hdc, xDest, yDest, w, h, xSrc, ySrc, startScan, cLines, bits, bmi, colorUse);
+}
+
+int GdiStretchDIBits(HDC hdc, int xDest, int yDest, int destWidth, int destHeight, int xSrc, int ySrc, int srcWidth,
+                     int srcHeight, const void* bits, const BITMAPINFO* bmi, UINT usage, DWORD rop) {
+    return StretchDIBits(hdc, xDest, yDest, destWidth, destHeight, xSrc, ySrc, srcWidth, srcHeight, bits, bmi, usage,
+                         rop);
+}
+
+int GdiGetDIBits(HDC hdc, HBITMAP bmp, UINT start, UINT cLines, void* bits, BITMAPINFO* bmi, UINT usage) {
+    return GetDIBits(hdc, bmp, start, cLines, bits, bmi, usage);
+}
+
+void* GdiDrawDibOpen() { return (void*)DrawDibOpen(); }
+BOOL GdiDrawDibClose(void* hdd) { return DrawDibClose((HDRAWDIB)hdd); }
+
+BOOL GdiDrawDibDraw(void* hdd, HDC hdc, int xDst, int yDst, int dxDst, int dyDst, const BITMAPINFOHEADER* lpbi,
+                    const void* lpBits, int xSrc, int ySrc, int dxSrc, int dySrc, UINT wFlags) {
+    return DrawDibDraw((HDRAWDIB)hdd, hdc, xDst, yDst, dxDst, dyDst, (LPBITMAPINFOHEADER)lpbi, (LPVOID)lpBits, xSrc,
+                       ySrc, dxSrc, dySrc, wFlags);
+}
 
 }  // namespace qm::platform
