@@ -1,20 +1,35 @@
 #include "utils/framework/CWinApp.h"
 
+#include <atomic>
+
+#include "utils/platform/thread.h"
+#include "utils/platform/window.h"
+
 namespace {
-CWinApp* g_currentApp = nullptr;
+std::atomic<CWinApp*> g_currentApp{nullptr};
 }
 
-CCmdTarget::~CCmdTarget() = default;
-CWinThread::~CWinThread() = default;
-BOOL CWinThread::InitInstance() { return FALSE; }
-int CWinThread::ExitInstance() { return 0; }
-
-CWinApp::CWinApp(const char* lpszAppName) : m_pszAppName(lpszAppName) { g_currentApp = this; }
+CWinApp::CWinApp(const char* lpszAppName)
+    : m_pszAppName(lpszAppName), m_nWaitCursorCount(0), m_pPreviousApp(g_currentApp.load()) {
+    m_nThreadID = qm::platform::CurrentThreadId();
+    g_currentApp = this;
+}
 
 CWinApp::~CWinApp() {
-    if (g_currentApp == this) g_currentApp = nullptr;
+    CWinApp* self = this;
+    g_currentApp.compare_exchange_strong(self, m_pPreviousApp);
 }
 
 BOOL CWinApp::InitInstance() { return TRUE; }
 
-CWinApp* AfxGetApp() { return g_currentApp; }
+void CWinApp::DoWaitCursor(int nCode) {
+    m_nWaitCursorCount += nCode;
+    if (m_nWaitCursorCount > 0) {
+        qm::platform::ShowWaitCursor(true);
+    } else {
+        m_nWaitCursorCount = 0;
+        qm::platform::ShowWaitCursor(false);
+    }
+}
+
+CWinApp* AfxGetApp() { return g_currentApp.load(); }
