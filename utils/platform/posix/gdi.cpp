@@ -116,10 +116,11 @@ bool Stretch(Surface& dst, int x, int y, int cx, int cy, const PixelSource& src,
     // Normalise to positive extents, remembering the mirroring.
     bool flipX = false, flipY = false;
     long long X = x, Y = y, CX = cx, CY = cy, XS = xs, YS = ys, CXS = cxs, CYS = cys;
-    if (CX < 0) { X += CX + 1; CX = -CX; flipX = !flipX; }
-    if (CY < 0) { Y += CY + 1; CY = -CY; flipY = !flipY; }
-    if (CXS < 0) { XS += CXS + 1; CXS = -CXS; flipX = !flipX; }
-    if (CYS < 0) { YS += CYS + 1; CYS = -CYS; flipY = !flipY; }
+    // A negative extent covers [origin + extent, origin), mirrored.
+    if (CX < 0) { X += CX; CX = -CX; flipX = !flipX; }
+    if (CY < 0) { Y += CY; CY = -CY; flipY = !flipY; }
+    if (CXS < 0) { XS += CXS; CXS = -CXS; flipX = !flipX; }
+    if (CYS < 0) { YS += CYS; CYS = -CYS; flipY = !flipY; }
     // Destination pixels that exist.
     long long i0 = std::max(0LL, -X), i1 = std::min(CX, (long long)dst.width - X);
     long long j0 = std::max(0LL, -Y), j1 = std::min(CY, (long long)dst.height - Y);

@@ -1,0 +1,106 @@
+#include "utils/platform/picture.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <mutex>
+#include <vector>
+
+#define STB_IMAGE_IMPLEMENTATION
+#define STBI_NO_STDIO
+#define STBI_FAILURE_USERMSG
+#include <stb/stb_image.h>
+
+#include "utils/platform/posix/gdi_objects.h"
+
+namespace qm::platform {
+
+struct Picture {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint32_t> pixels;  // top-down, 0xAARRGGBB
+};
+
+namespace {
+
+// Pictures beyond this many pixels are refused before they are decoded (256 MiB of pixels).
+constexpr std::uint64_t kMaxPixels = 1ull << 26;
+// Streams beyond this size are refused rather than read into memory.
+constexpr std::uint64_t kMaxStream = 1ull << 30;
+
+bool ReadAll(IStream* stream, std::vector<unsigned char>& out) {
+    STATSTG st{};
+    if (FAILED(stream->Stat(&st, STATFLAG_NONAME)) || st.cbSize.QuadPart > kMaxStream) return false;
+    LARGE_INTEGER zero{};
+    if (FAILED(stream->Seek(zero, STREAM_SEEK_SET, nullptr))) return false;
+    out.resize((size_t)st.cbSize.QuadPart);
+    ULONG got = 0;
+    if (!out.empty() && (FAILED(stream->Read(out.data(), (ULONG)out.size(), &got)) || got != out.size())) return false;
+    return true;
+}
+
+// HIMETRIC extent of a pixel count at the screen's 96 pixels per inch.
+LONG ToHimetric(int px) { return MulDiv(px, 2540, gdi::kLogPixels); }
+
+}  // namespace
+
+Picture* PictureLoad(IStream* stream) {
+    std::vector<unsigned char> data;
+    if (!stream || !ReadAll(stream, data) || data.empty() || data.size() > 0x7FFFFFFF) return nullptr;
+    int w = 0, h = 0, n = 0;
+    if (!stbi_info_from_memory(data.data(), (int)data.size(), &w, &h, &n) || w < 1 || h < 1 ||
+        (std::uint64_t)w * (std::uint64_t)h > kMaxPixels)
+        return nullptr;
+    unsigned char* rgba = stbi_load_from_memory(data.data(), (int)data.size(), &w, &h, &n, 4);
+    if (!rgba) return nullptr;
+    auto* p = new Picture;
+    p->width = w;
+    p->height = h;
+    p->pixels.resize((size_t)w * (size_t)h);
+    for (size_t i = 0; i < p->pixels.size(); ++i) {
+        const unsigned char* q = rgba + 4 * i;
+        p->pixels[i] = ((std::uint32_t)q[3] << 24) | ((std::uint32_t)q[0] << 16) | ((std::uint32_t)q[1] << 8) | q[2];
+    }
+    stbi_image_free(rgba);
+    return p;
+}
+
+bool PictureExtent(Picture* picture, LONG* width, LONG* height) {
+    if (!picture || !width || !height) return false;
+    *width = ToHimetric(picture->width);
+    *height = ToHimetric(picture->height);
+    return true;
+}
+
+bool PictureRender(Picture* picture, HDC hdc, int x, int y, int cx, int cy, LONG xSrc, LONG ySrc, LONG cxSrc,
+                   LONG cySrc) {
+    if (!picture) return false;
+    std::lock_guard<std::recursive_mutex> lock(gdi::Lock());
+    gdi::Dc* dc = gdi::FindDc(hdc);
+    LONG hmW = ToHimetric(picture->width), hmH = ToHimetric(picture->height);
+    if (!dc || hmW <= 0 || hmH <= 0) return false;
+    // HIMETRIC source (origin bottom left) to pixel rows counted from the top.
+    int xs = MulDiv(xSrc, picture->width, hmW), cxs = MulDiv(cxSrc, picture->width, hmW);
+    int ys = MulDiv(hmH - ySrc, picture->height, hmH), cys = MulDiv(-cySrc, picture->height, hmH);
+    gdi::PixelSource src;
+    src.width = picture->width;
+    src.height = picture->height;
+    // Transparent and translucent pixels are drawn over black, as over a fresh bitmap.
+    src.readRow = [picture](int row, std::uint32_t* out) {
+        const std::uint32_t* in = picture->pixels.data() + (size_t)row * (size_t)picture->width;
+        for (int i = 0; i < picture->width; ++i) {
+            std::uint32_t p = in[i], a = p >> 24;
+            if (a == 255) {
+                out[i] = p & 0xFFFFFF;
+                continue;
+            }
+            std::uint32_t r = ((p >> 16) & 0xFF) * a / 255, g = ((p >> 8) & 0xFF) * a / 255, b = (p & 0xFF) * a / 255;
+            out[i] = (r << 16) | (g << 8) | b;
+        }
+    };
+    return gdi::Stretch(*dc->surface, x, y, cx, cy, src, xs, ys, cxs, cys, HALFTONE, SRCCOPY);
+}
+
+void PictureRelease(Picture* picture) { delete picture; }
+
+}  // namespace qm::platform
