@@ -2,7 +2,6 @@
 
 #include <cstring>
 #include <map>
-#include <memory>
 #include <mutex>
 
 #include "utils/platform/gdi.h"
@@ -11,30 +10,36 @@ namespace plat = qm::platform;
 
 namespace {
 
-// Temporary wrappers handed out by FromHandle: they never own their handle.
-template <class T, class H>
-T* TempObject(H handle, std::map<void*, std::unique_ptr<T>>& map, std::mutex& m, void (*attach)(T&, H)) {
-    if (!handle) return nullptr;
-    std::lock_guard<std::mutex> lock(m);
-    auto& slot = map[(void*)handle];
-    if (!slot) {
-        slot = std::make_unique<T>();
-        attach(*slot, handle);
+// Temporary wrappers handed out by FromHandle: they never own their handle, so they are
+// detached before they are deleted (also when the process ends with some still mapped).
+template <class T>
+struct TempMap {
+    std::map<void*, T*> items;
+    ~TempMap() { Clear(); }
+    void Clear() {
+        for (auto& entry : items) {
+            entry.second->Detach();
+            delete entry.second;
+        }
+        items.clear();
     }
-    return slot.get();
-}
+    template <class H>
+    T* Get(H handle, void (*attach)(T&, H)) {
+        if (!handle) return nullptr;
+        T*& slot = items[(void*)handle];
+        if (!slot) {
+            slot = new T();
+            attach(*slot, handle);
+        }
+        return slot;
+    }
+};
 
 std::mutex g_tempLock;
-std::map<void*, std::unique_ptr<CGdiObject>> g_tempObjects;
-std::map<void*, std::unique_ptr<CFont>> g_tempFonts;
-std::map<void*, std::unique_ptr<CBitmap>> g_tempBitmaps;
-std::map<void*, std::unique_ptr<CDC>> g_tempDCs;
-
-template <class T>
-void ClearGdiMap(std::map<void*, std::unique_ptr<T>>& map) {
-    for (auto& [h, obj] : map) obj->Detach();
-    map.clear();
-}
+TempMap<CGdiObject> g_tempObjects;
+TempMap<CFont> g_tempFonts;
+TempMap<CBitmap> g_tempBitmaps;
+TempMap<CDC> g_tempDCs;
 
 }  // namespace
 
@@ -61,19 +66,20 @@ BOOL CGdiObject::DeleteObject() {
 }
 
 CGdiObject* CGdiObject::FromHandle(HGDIOBJ hObject) {
-    return TempObject<CGdiObject, HGDIOBJ>(hObject, g_tempObjects, g_tempLock,
-                                           [](CGdiObject& o, HGDIOBJ h) { o.m_hObject = h; });
+    std::lock_guard<std::mutex> lock(g_tempLock);
+    return g_tempObjects.Get<HGDIOBJ>(hObject, [](CGdiObject& o, HGDIOBJ h) { o.m_hObject = h; });
 }
 
 void CGdiObject::DeleteTempMap() {
     std::lock_guard<std::mutex> lock(g_tempLock);
-    ClearGdiMap(g_tempObjects);
-    ClearGdiMap(g_tempFonts);
-    ClearGdiMap(g_tempBitmaps);
+    g_tempObjects.Clear();
+    g_tempFonts.Clear();
+    g_tempBitmaps.Clear();
 }
 
 CFont* CFont::FromHandle(HFONT hFont) {
-    return TempObject<CFont, HFONT>(hFont, g_tempFonts, g_tempLock, [](CFont& o, HFONT h) { o.m_hObject = h; });
+    std::lock_guard<std::mutex> lock(g_tempLock);
+    return g_tempFonts.Get<HFONT>(hFont, [](CFont& o, HFONT h) { o.m_hObject = h; });
 }
 
 BOOL CFont::CreateFontIndirect(const LOGFONTA* lpLogFont) {
@@ -118,8 +124,8 @@ BOOL CFont::CreatePointFont(int nPointSize, LPCTSTR lpszFaceName, CDC* pDC) {
 int CFont::GetLogFont(LOGFONTA* pLogFont) { return plat::GdiGetFontObject((HFONT)m_hObject, pLogFont); }
 
 CBitmap* CBitmap::FromHandle(HBITMAP hBitmap) {
-    return TempObject<CBitmap, HBITMAP>(hBitmap, g_tempBitmaps, g_tempLock,
-                                        [](CBitmap& o, HBITMAP h) { o.m_hObject = h; });
+    std::lock_guard<std::mutex> lock(g_tempLock);
+    return g_tempBitmaps.Get<HBITMAP>(hBitmap, [](CBitmap& o, HBITMAP h) { o.m_hObject = h; });
 }
 
 BOOL CBitmap::CreateCompatibleBitmap(CDC* pDC, int nWidth, int nHeight) {
@@ -135,13 +141,13 @@ CDC::~CDC() {
 }
 
 CDC* CDC::FromHandle(HDC hDC) {
-    return TempObject<CDC, HDC>(hDC, g_tempDCs, g_tempLock, [](CDC& o, HDC h) { o.m_hDC = o.m_hAttribDC = h; });
+    std::lock_guard<std::mutex> lock(g_tempLock);
+    return g_tempDCs.Get<HDC>(hDC, [](CDC& o, HDC h) { o.m_hDC = o.m_hAttribDC = h; });
 }
 
 void CDC::DeleteTempMap() {
     std::lock_guard<std::mutex> lock(g_tempLock);
-    for (auto& [h, dc] : g_tempDCs) dc->Detach();
-    g_tempDCs.clear();
+    g_tempDCs.Clear();
 }
 
 BOOL CDC::Attach(HDC hDC) {
