@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "dc_fixture.h"
 #include "utils/common/DIB.h"
 #include "utils/framework/CSharedFile.h"
 #include "utils/framework/CWnd.h"
@@ -20,14 +21,7 @@ struct Owner {
     CWnd wnd;
 };
 
-std::string Saved(CDIBitmap& bmp) {
-    CMemFile file;
-    bmp.Save(file, false);
-    std::string bytes((size_t)file.GetLength(), '\0');
-    file.SeekToBegin();
-    file.Read(bytes.data(), (UINT)bytes.size());
-    return bytes;
-}
+using dctest::Saved;
 
 std::string ClipboardDib() {
     std::string bytes;

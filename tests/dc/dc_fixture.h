@@ -1,8 +1,10 @@
-// A memory device context with a font selected, for the device-context tests.
+// Helpers of the device-context tests: a memory device context with a font selected, and
+// the bytes a bitmap saves.
 #pragma once
 
-#include <memory>
+#include <string>
 
+#include "utils/common/DIB.h"
 #include "utils/framework/CDC.h"
 
 namespace dctest {
@@ -40,5 +42,15 @@ inline const FontSpec kFonts[] = {
     {"DejaVu Sans", -12, FW_NORMAL}, {"Times New Roman", 20, FW_NORMAL}, {"Courier New", -15, FW_NORMAL},
     {"Arial", -17, FW_BOLD},         {"Tahoma", 11, FW_NORMAL},
 };
+
+// The packed DIB (with the file header when asked) that Save writes.
+inline std::string Saved(CDIBitmap& bmp, bool fileHeader = false) {
+    CMemFile file;
+    bmp.Save(file, fileHeader);
+    std::string bytes((size_t)file.GetLength(), '\0');
+    file.SeekToBegin();
+    file.Read(bytes.data(), (UINT)bytes.size());
+    return bytes;
+}
 
 }  // namespace dctest

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "dc_fixture.h"
 #include "tests/support/recording_sink.h"
 #include "utils/common/OleUtils.h"
 #include "utils/platform/metafile.h"
@@ -14,14 +15,7 @@ using Bytes = std::vector<unsigned char>;
 void Put16(Bytes& b, unsigned v) { b.push_back((unsigned char)v); b.push_back((unsigned char)(v >> 8)); }
 void Put32(Bytes& b, unsigned v) { Put16(b, v & 0xFFFF); Put16(b, v >> 16); }
 
-std::string Saved(CDIBitmap& bmp) {
-    CMemFile file;
-    bmp.Save(file, false);
-    std::string s((size_t)file.GetLength(), '\0');
-    file.SeekToBegin();
-    file.Read(s.data(), (UINT)s.size());
-    return s;
-}
+using dctest::Saved;
 
 std::string SampleDib(int seed) {
     CDIBitmap bmp;

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "dc_fixture.h"
 #include "picture_samples.h"
 #include "tests/support/recording_sink.h"
 #include "utils/common/DIB.h"
@@ -71,11 +72,7 @@ TEST(CreateFromAnyFile, ABmpWrittenBySaveComesBack) {
     ASSERT_TRUE(src.Create(5, 3, 24));
     for (int y = 0; y < 3; ++y)
         for (int x = 0; x < 5; ++x) src.SetPixelColor(CPoint(x, y), RGB(x * 50, y * 80, 200 - x * 10));
-    CMemFile file;
-    src.Save(file, true);
-    std::vector<unsigned char> bytes((size_t)file.GetLength());
-    file.SeekToBegin();
-    file.Read(bytes.data(), (UINT)bytes.size());
+    std::string bytes = dctest::Saved(src, true);
     Stream stream(bytes.data(), bytes.size());
     stream.p->Seek(LARGE_INTEGER{}, STREAM_SEEK_END, nullptr);  // the loader starts from the beginning anyway
     CDIBitmap bmp;

@@ -126,18 +126,20 @@ bool Stretch(Surface& dst, int x, int y, int cx, int cy, const PixelSource& src,
     long long j0 = std::max(0LL, -Y), j1 = std::min(CY, (long long)dst.height - Y);
     if (i0 >= i1 || j0 >= j1) return true;
     const bool combine = (mode == BLACKONWHITE || mode == WHITEONBLACK || mode == HALFTONE);
-    // For each destination column, the source columns it covers: a single sampled column, or
-    // when shrinking under a combining mode the whole span.
+    // The source span [a, b] that destination index k (of n) covers: a single sampled
+    // position, or when shrinking under a combining mode the whole span.
+    auto span = [combine](long long k, long long n, long long srcN, long long& a, long long& b) {
+        if (combine && srcN > n) {
+            a = k * srcN / n;
+            b = (k + 1) * srcN / n - 1;
+        } else {
+            a = b = (2 * k + 1) * srcN / (2 * n);
+        }
+    };
     std::vector<std::int32_t> colFirst((size_t)(i1 - i0)), colLast((size_t)(i1 - i0));
     for (long long i = i0; i < i1; ++i) {
-        long long k = flipX ? CX - 1 - i : i;
         long long a, b;
-        if (combine && CXS > CX) {
-            a = k * CXS / CX;
-            b = (k + 1) * CXS / CX - 1;
-        } else {
-            a = b = (2 * k + 1) * CXS / (2 * CX);
-        }
+        span(flipX ? CX - 1 - i : i, CX, CXS, a, b);
         colFirst[(size_t)(i - i0)] = (std::int32_t)(XS + a);
         colLast[(size_t)(i - i0)] = (std::int32_t)(XS + b);
     }
@@ -149,14 +151,8 @@ bool Stretch(Surface& dst, int x, int y, int cx, int cy, const PixelSource& src,
     }
     std::vector<char> have(acc.size());
     for (long long j = j0; j < j1; ++j) {
-        long long k = flipY ? CY - 1 - j : j;
         long long a, b;
-        if (combine && CYS > CY) {
-            a = k * CYS / CY;
-            b = (k + 1) * CYS / CY - 1;
-        } else {
-            a = b = (2 * k + 1) * CYS / (2 * CY);
-        }
+        span(flipY ? CY - 1 - j : j, CY, CYS, a, b);
         std::fill(have.begin(), have.end(), 0);
         if (mode == HALFTONE) {
             std::fill(sumR.begin(), sumR.end(), 0); std::fill(sumG.begin(), sumG.end(), 0);
@@ -264,18 +260,7 @@ HGDIOBJ GdiGetStockObject(int index) {
     case DEFAULT_GUI_FONT:
     case ANSI_VAR_FONT: return StockFont();
     case ANSI_FIXED_FONT: {
-        static Font* fixed = [] {
-            LOGFONTA lf{};
-            lf.lfHeight = 16;
-            lf.lfWeight = FW_NORMAL;
-            lf.lfPitchAndFamily = FIXED_PITCH | FF_MODERN;
-            auto* f = new Font;
-            f->logFont = lf;
-            f->face = LoadFace(lf);
-            f->stock = true;
-            Register(f);
-            return f;
-        }();
+        static Font* fixed = MakeStockFont("DejaVu Sans Mono", FIXED_PITCH | FF_MODERN);
         return fixed;
     }
     default: return nullptr;

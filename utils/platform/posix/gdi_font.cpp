@@ -161,19 +161,22 @@ std::shared_ptr<const FontFace> LoadFace(const LOGFONTA& lfIn) {
     return f;
 }
 
+Font* MakeStockFont(const char* face, BYTE pitchAndFamily) {
+    LOGFONTA lf{};
+    lf.lfHeight = 16;
+    lf.lfWeight = FW_NORMAL;
+    lf.lfPitchAndFamily = pitchAndFamily;
+    std::snprintf(lf.lfFaceName, sizeof lf.lfFaceName, "%s", face);
+    auto* f = new Font;
+    f->logFont = lf;
+    f->face = LoadFace(lf);
+    f->stock = true;
+    Register(f);
+    return f;
+}
+
 Font* StockFont() {
-    static Font* font = [] {
-        LOGFONTA lf{};
-        lf.lfHeight = 16;
-        lf.lfWeight = FW_NORMAL;
-        std::snprintf(lf.lfFaceName, sizeof lf.lfFaceName, "DejaVu Sans");
-        auto* f = new Font;
-        f->logFont = lf;
-        f->face = LoadFace(lf);
-        f->stock = true;
-        Register(f);
-        return f;
-    }();
+    static Font* font = MakeStockFont("DejaVu Sans", VARIABLE_PITCH | FF_SWISS);
     return font;
 }
 

@@ -70,8 +70,9 @@ constexpr int kLogPixels = 96;
 
 // A font face for a logical font (from a cache keyed by font file and size).
 std::shared_ptr<const FontFace> LoadFace(const LOGFONTA& lf);
-// The stock font every new device context starts with.
+// The stock font every new device context starts with, and a new stock font of a face.
 Font* StockFont();
+Font* MakeStockFont(const char* face, BYTE pitchAndFamily);
 
 // A source of pixels for stretching: its size and a way to read one top-down row as
 // 0x00RRGGBB values (width entries).
