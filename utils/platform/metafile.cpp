@@ -25,7 +25,7 @@ std::vector<std::size_t> MetafileRecordSizes(const BYTE* data, std::size_t size)
     while (offset + 6 <= total) {
         std::size_t bytes = (std::size_t)Dword(data + offset) * 2;
         WORD function = Word(data + offset + 4);
-        if (function == META_EOF || bytes < 6 || bytes > total - offset) break;
+        if (function == 0 /* the end record */ || bytes < 6 || bytes > total - offset) break;
         sizes.push_back(bytes);
         offset += bytes;
     }

@@ -124,10 +124,10 @@ int GdiSetDIBitsToDevice(HDC hdc, int xDest, int yDest, DWORD w, DWORD h, int xS
     if (!dib.valid || w > 0x7FFFFFFF || h > 0x7FFFFFFF) return 0;
     // Only the scan lines held are drawn: rows outside them leave the destination alone.
     long long ys = dib.topDown ? (long long)ySrc : (long long)dib.height - ySrc - (long long)h;
+    std::vector<std::uint32_t> row((size_t)dib.width);
     for (long long j = 0; j < (long long)h; ++j) {
         long long y = ys + j, dy = (long long)yDest + j;
         if (y < 0 || y >= dib.height || dy < 0 || dy >= dc->surface->height) continue;
-        std::vector<std::uint32_t> row((size_t)dib.width);
         if (!dib.ReadRow((int)y, row.data(), startScan, cLines)) continue;
         std::uint32_t* out = dc->surface->Row((int)dy);
         for (long long i = 0; i < (long long)w; ++i) {
