@@ -39,7 +39,7 @@ public:
 };
 
 inline const FontSpec kFonts[] = {
-    {"DejaVu Sans", -12, FW_NORMAL}, {"Times New Roman", 20, FW_NORMAL}, {"Courier New", -15, FW_NORMAL},
+    {"DejaVu Sans", -12, FW_NORMAL}, {"Times New Roman", 20, FW_NORMAL}, {"DejaVu Sans Mono", -15, FW_NORMAL},
     {"Arial", -17, FW_BOLD},         {"Tahoma", 11, FW_NORMAL},
 };
 

@@ -39,7 +39,7 @@ Bytes Record(unsigned function, int params, const std::string& tail = "", long s
 Bytes Metafile(const std::vector<Bytes>& records) {
     Bytes body;
     for (const Bytes& r : records) body.insert(body.end(), r.begin(), r.end());
-    Bytes eof = Record(META_EOF, 0);
+    Bytes eof = Record(0, 0);  // the end record
     body.insert(body.end(), eof.begin(), eof.end());
     Bytes m;
     Put16(m, 1);
