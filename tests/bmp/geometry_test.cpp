@@ -62,7 +62,7 @@ TEST(DibGeometry, EveryOperationMatchesThePictureModel) {
     std::mt19937 rng(42);
     for (int bpp : kDepths)
         for (int w = 1; w <= 33; ++w) {
-            int h = 1 + (int)(rng() % 5);
+            int h = w % 3 == 0 ? w : 1 + (int)(rng() % 5);  // squares turn in place
             CDIBitmap b;
             MakeRandom(b, w, h, bpp, rng);
             const Picture pic = ModelOf(b);
@@ -100,9 +100,9 @@ TEST(DibGeometry, EveryOperationMatchesThePictureModel) {
 
             // Into a 24-bit picture through the colours; the rest of the target is kept.
             CDIBitmap target;
-            MakeRandom(target, 34, 6, 24, rng);
+            MakeRandom(target, 34, h + 2, 24, rng);
             Picture expect = ModelOf(target);
-            CPoint at((int)(rng() % (35 - w)), (int)(rng() % (7 - h)));
+            CPoint at((int)(rng() % (35 - w)), (int)(rng() % 3));
             for (int y = 0; y < h; ++y)
                 for (int x = 0; x < w; ++x) expect.at(at.x + x, at.y + y) = pic.at(x, y);
             ASSERT_EQ(target.IsFitForPaste(b), true);
@@ -139,8 +139,9 @@ TEST(DibGeometry, EveryOperationMatchesThePictureModel) {
             ASSERT_EQ(same.Resize(CSize(w, h)), 1);
             ASSERT_TRUE(ModelOf(same) == pic);
             ASSERT_EQ(same.Resize(CSize(2 * w, 3 * h)), 1);  // enlarging: nearest pixel
+            const Picture grown = ModelOf(same);
             for (int y = 0; y < 3 * h; ++y)
-                for (int x = 0; x < 2 * w; ++x) ASSERT_EQ(ModelOf(same).at(x, y), pic.at(x / 2, y / 3));
+                for (int x = 0; x < 2 * w; ++x) ASSERT_EQ(grown.at(x, y), pic.at(x / 2, y / 3));
         }
 }
 
@@ -202,4 +203,39 @@ TEST(DibGeometry, RefusalsLeaveTheBitmapAsItWas) {
     EXPECT_EQ(b.Ensure_24Bits(), 0);
     EXPECT_EQ(b.GetBitCount(), 24);
     EXPECT_TRUE(ModelOf(b) == pic);
+}
+
+TEST(DibGeometry, PreconditionTextsAreReportedWordForWord) {
+    struct Case { void (*run)(); std::vector<std::string> texts; };
+    const Case cases[] = {
+        {[] { CDIBitmap b; b.Create(4, 4, 24); b.Fill(CRect(2, 1, 2, 9), 0); },
+         {"!rect.IsRectEmpty()", "(0 < rect.bottom) && (rect.bottom <= GetHeight())"}},
+        {[] { CDIBitmap b; b.Create(4, 4, 8); CDIBitmap c(b, CRect(-1, 4, 5, 4)); },
+         {"!SrcRect.IsRectEmpty()", "(0 <= SrcRect.left) && (SrcRect.left < SrcBmp.GetWidth())",
+          "(0 < SrcRect.right) && (SrcRect.right <= SrcBmp.GetWidth())",
+          "(0 <= SrcRect.top) && (SrcRect.top < SrcBmp.GetHeight())"}},
+        {[] { CDIBitmap b; b.Create(4, 4, 8); b.GetPixelColor16(CPoint(0, 0)); }, {"GetBitCount () == 16"}},
+        {[] { CDIBitmap b; b.Create(4, 4, 4); b.SetPixelValue(CPoint(1, 1), 16); }, {"Bits <= 0x0F"}},
+        {[] { CDIBitmap b; b.Create(4, 4, 24); b.AddBorders(0, 1, -1, 1, 0); }, {"top > 0", "left > 0"}},
+        {[] { CDIBitmap b; CDIBitmap s; s.Create(1, 1, 8); b.Paste(s, CPoint(0, 0)); },
+         {"IsValid()", "(0 <= dest_rect.left) && (dest_rect.right <= GetWidth())",
+          "(0 <= dest_rect.top) && (dest_rect.bottom <= GetHeight())"}},
+        {[] {
+             std::vector<BYTE> block(40 + 12 + 4, 0);
+             auto* h = reinterpret_cast<BITMAPINFOHEADER*>(block.data());
+             *h = BITMAPINFOHEADER{40, 1, 1, 1, 16, BI_BITFIELDS, 0, 0, 0, 0, 0};
+             block[41] = 0xF8;  // red 0xF800, green and blue masks zero
+             CDIBitmap b;
+             b.Attach(h);
+             EXPECT_EQ(b.GetPixelColor(CPoint(0, 0)), 0u);
+             b.Detach();
+         },
+         {"dwBitMask", "dwBitMask"}},
+    };
+    for (const Case& c : cases) {
+        qmtest::RecordingAssertSink sink;
+        c.run();
+        EXPECT_EQ(sink.Expressions(), c.texts);
+        for (const qmtest::AssertReport& r : sink.Reports()) EXPECT_EQ(r.module, "Common\\DIB");
+    }
 }

@@ -5,6 +5,7 @@
 
 #include "tests/bmp/bmp_model.h"
 #include "tests/support/recording_sink.h"
+#include "utils/common/QMBase.h"
 #include "utils/common/SimpleRowBytes.h"
 #include "utils/platform/heap.h"
 
@@ -198,6 +199,8 @@ TEST(SimpleRowBytes, HeapBlocksKnowTheirSizeAndOwner) {
 TEST(SimpleRowBytes, FailedAllocationIsTracedReportedAndNull) {
     qmtest::RecordingAssertSink sink;
     qmtest::RecordingTraceSink trace;
+    CSimpleRowBytes src;
+    src.AllocBuffer(2000);
     size_t old = qm::platform::SetHeapRequestCeiling(1000);
     CSimpleRowBytes a;
     EXPECT_EQ(a.AllocBuffer(1001), nullptr);
@@ -206,8 +209,17 @@ TEST(SimpleRowBytes, FailedAllocationIsTracedReportedAndNull) {
     big.AllocBuffer(900);
     big.ReAllocBuffer(5000, false);  // a failed resize leaves no block
     EXPECT_EQ(big.GetBuffer(), nullptr);
+    // A copy that cannot be allocated raises the library's error.
+    std::string raised;
+    try {
+        CSimpleRowBytes copy(src);
+    } catch (CQMWException* e) {
+        raised = (const char*)e->GetExpression();
+        e->Delete();
+    }
+    EXPECT_EQ(raised, "m_pBytes != NULL");
     qm::platform::SetHeapRequestCeiling(old);
     EXPECT_NE(trace.Text().find("\nAllocBuffer error STATUS_NO_MEMORY! m_hHeap="), std::string::npos);
     EXPECT_NE(trace.Text().find(", dwSize=1001"), std::string::npos);
-    EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"FALSE"});
+    EXPECT_EQ(sink.Expressions(), (std::vector<std::string>{"FALSE", "FALSE", "m_pBytes != NULL"}));
 }

@@ -46,6 +46,8 @@ public:
         void GetMasks(DWORD& red, DWORD& green, DWORD& blue) const;
         // No masks, or 5-5-5 at 16 bits, or 8-8-8 at 32 bits.
         bool HasStandardMasks() const;
+        // After the header (and masks); null when there is no table or it would start past
+        // the header block. GetColorEntry also checks each entry against the block.
         RGBQUAD* GetColorTable() const;
         DWORD GetColorTableSize() const;
         // Owned: the block's length; attached: biSize + masks + colour table.

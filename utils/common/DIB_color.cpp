@@ -6,6 +6,8 @@
 // amount (reported) still clamps correctly.
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
+#include <vector>
 
 #include "utils/common/CVLogger.h"
 #include "utils/common/DIB.h"
@@ -17,12 +19,14 @@ namespace {
 struct Tables {
     BYTE c8[3][256];  // red, green, blue
     BYTE c5[3][32];
+    bool same;  // the three channels share one table
 };
 
 int Clamp(std::int64_t v, int top) { return v < 0 ? 0 : v > top ? top : (int)v; }
 
 // 8-bit and 5-bit forms of contrast k then offset b (each channel its own offset).
 void Build(Tables& t, int k, const int offsets[3]) {
+    t.same = offsets[0] == offsets[1] && offsets[1] == offsets[2];
     for (int ch = 0; ch < 3; ++ch) {
         for (int c = 0; c < 256; ++c) {
             std::int64_t v = k ? Clamp(c + (std::int64_t)(c - 128) * k / 100, 255) : c;
@@ -58,6 +62,11 @@ Outcome ApplyTables(CDIBitmap::CBmpInfo& info, CDIBitmap::CBmpBits& bits, const 
     if (stride == 0) return Outcome::Done;
     std::uint64_t rows = std::min<std::uint64_t>((std::uint64_t)h->biHeight, bits.m_nSize / stride);
     size_t width = (size_t)h->biWidth;
+    std::vector<std::uint16_t> pairs;
+    if (bpp == 24 && t.same && rows * width >= (1u << 16)) {
+        pairs.resize(65536);
+        for (unsigned v = 0; v < 65536; ++v) pairs[v] = (std::uint16_t)(t.c8[0][v & 0xFF] | t.c8[0][v >> 8] << 8);
+    }
     for (std::uint64_t y = 0; y < rows; ++y) {
         BYTE* p = bits.m_pPtr + stride * y;
         if (bpp == 16) {
@@ -68,6 +77,19 @@ Outcome ApplyTables(CDIBitmap::CBmpInfo& info, CDIBitmap::CBmpBits& bits, const 
                 p[0] = (BYTE)v;
                 p[1] = (BYTE)(v >> 8);
             }
+        } else if (bpp == 24 && t.same) {
+            // One table for all three channels: the row is one run of bytes, taken two at a
+            // time through a table of byte pairs when the picture is large enough to pay for it.
+            const BYTE* c8 = t.c8[0];
+            size_t n = 3 * width, i = 0;
+            if (!pairs.empty())
+                for (; i + 2 <= n; i += 2) {
+                    std::uint16_t v;
+                    std::memcpy(&v, p + i, 2);
+                    v = pairs[v];
+                    std::memcpy(p + i, &v, 2);
+                }
+            for (; i < n; ++i) p[i] = c8[p[i]];
         } else {
             size_t step = (size_t)bpp / 8;
             for (size_t x = 0; x < width; ++x, p += step) {

@@ -263,6 +263,17 @@ int CDIBitmap::Resize(const CSize& size) {
     for (int y = 0; y < size.cy; ++y) {
         BYTE* out = result.GetBits() + dstStride * y;
         const Span& ry = rows[(size_t)y];
+        if (!averageRows && !averageCols) {
+            // One source pixel per target pixel: a plain copy of its three bytes.
+            const BYTE* in = src->GetBits() + srcStride * ry.first;
+            for (int x = 0; x < size.cx; ++x, out += 3) {
+                const BYTE* p = in + 3 * (std::uint64_t)cols[(size_t)x].first;
+                out[0] = p[0];
+                out[1] = p[1];
+                out[2] = p[2];
+            }
+            continue;
+        }
         for (int x = 0; x < size.cx; ++x, out += 3) {
             const Span& cx = cols[(size_t)x];
             unsigned sum[3] = {0, 0, 0}, count = 0;
@@ -284,6 +295,57 @@ int CDIBitmap::Resize(const CSize& size) {
 // ---------------------------------------------------------------------------------------------
 // Rotation and mirror
 
+namespace {
+
+// Moves whole pixels of N bytes (n bytes when N is 0) from their source positions, in square
+// tiles that keep both the rows read and the rows written in the cache.
+template <size_t N, class Source>
+void RotateTiles(BYTE* bits, std::uint64_t dstStride, int rw, int rh, const BYTE* from, std::uint64_t srcStride,
+                 const Source& source, size_t n = N) {
+    const int tile = 32;
+    for (int y0 = 0; y0 < rh; y0 += tile)
+        for (int x0 = 0; x0 < rw; x0 += tile)
+            for (int y = y0; y < std::min(y0 + tile, rh); ++y) {
+                BYTE* out = bits + dstStride * y + n * (std::uint64_t)x0;
+                for (int x = x0; x < std::min(x0 + tile, rw); ++x, out += n) {
+                    int sx, sy;
+                    source(x, y, sx, sy);
+                    std::memcpy(out, from + srcStride * sy + n * (std::uint64_t)sx, N ? N : n);
+                }
+            }
+}
+
+// A quarter turn of a square picture of whole-byte pixels in its own block: every pixel moves
+// along a cycle of four positions, so no second block is needed.
+template <size_t N>
+void RotateSquareInPlace(BYTE* bits, std::uint64_t stride, int side, bool clockwise) {
+    auto at = [&](int x, int y) { return bits + stride * (std::uint64_t)y + N * (std::uint64_t)x; };
+    // Narrow along x (each step there moves two of the four positions by a row), long along y.
+    const int m = side - 1, tile = 8, tileY = 32;
+    const std::ptrdiff_t row = (std::ptrdiff_t)stride, step = (std::ptrdiff_t)N;
+    BYTE t[N];
+    for (int y0 = 0; y0 < side / 2; y0 += tileY)
+        for (int x0 = 0; x0 < (side + 1) / 2; x0 += tile)
+            for (int y = y0; y < std::min(y0 + tileY, side / 2); ++y) {
+                int x = x0, xe = std::min(x0 + tile, (side + 1) / 2);
+                // Along x the four positions move by a pixel or a row each.
+                BYTE* p0 = at(x, y);
+                BYTE* p2 = at(m - x, m - y);
+                BYTE* p1 = clockwise ? at(m - y, x) : at(y, m - x);
+                BYTE* p3 = clockwise ? at(y, m - x) : at(m - y, x);
+                std::ptrdiff_t d1 = clockwise ? row : -row, d3 = -d1;
+                for (; x < xe; ++x, p0 += step, p2 -= step, p1 += d1, p3 += d3) {
+                    std::memcpy(t, p0, N);
+                    std::memcpy(p0, p1, N);
+                    std::memcpy(p1, p2, N);
+                    std::memcpy(p2, p3, N);
+                    std::memcpy(p3, t, N);
+                }
+            }
+}
+
+}  // namespace
+
 void CDIBitmap::Rotate(eRotate angle) {
     int bpp = GetBitCount();
     if (!IsValid()) return;
@@ -298,6 +360,15 @@ void CDIBitmap::Rotate(eRotate angle) {
         return;
     }
     int w = GetWidth(), h = GetHeight();
+    if (quarter && w == h && !IsAttached() && (bpp == 24 || bpp == 32 || bpp == 8)) {
+        std::uint64_t stride = DWAlignedBytesPerLine(), used = (std::uint64_t)w * (bpp / 8);
+        if (bpp == 8) RotateSquareInPlace<1>(m_BmpBits.m_pPtr, stride, w, angle == eRotate90);
+        if (bpp == 24) RotateSquareInPlace<3>(m_BmpBits.m_pPtr, stride, w, angle == eRotate90);
+        if (bpp == 32) RotateSquareInPlace<4>(m_BmpBits.m_pPtr, stride, w, angle == eRotate90);
+        if (stride > used)
+            for (int y = 0; y < h; ++y) std::memset(m_BmpBits.m_pPtr + stride * y + used, 0, (size_t)(stride - used));
+        return;
+    }
     int rw = quarter ? h : w, rh = quarter ? w : h;
     CDIBitmap result;
     std::uint64_t size = qm::dib::BitsSize(rw, rh, bpp);
@@ -347,19 +418,13 @@ void CDIBitmap::Rotate(eRotate angle) {
                 SetSub(bits + dstStride * y, (std::uint64_t)x, bpp, GetSub(from + srcStride * sy, (std::uint64_t)sx, bpp));
             }
     } else {
-        size_t n = (size_t)bpp / 8;
-        // Square tiles keep both the rows read and the rows written in the cache.
-        const int tile = 32;
-        for (int y0 = 0; y0 < rh; y0 += tile)
-            for (int x0 = 0; x0 < rw; x0 += tile)
-                for (int y = y0; y < std::min(y0 + tile, rh); ++y) {
-                    BYTE* out = bits + dstStride * y + n * (std::uint64_t)x0;
-                    for (int x = x0; x < std::min(x0 + tile, rw); ++x, out += n) {
-                        int sx, sy;
-                        source(x, y, sx, sy);
-                        std::memcpy(out, from + srcStride * sy + n * (std::uint64_t)sx, n);
-                    }
-                }
+        switch (bpp / 8) {
+        case 1: RotateTiles<1>(bits, dstStride, rw, rh, from, srcStride, source); break;
+        case 2: RotateTiles<2>(bits, dstStride, rw, rh, from, srcStride, source); break;
+        case 3: RotateTiles<3>(bits, dstStride, rw, rh, from, srcStride, source); break;
+        case 4: RotateTiles<4>(bits, dstStride, rw, rh, from, srcStride, source); break;
+        default: RotateTiles<0>(bits, dstStride, rw, rh, from, srcStride, source, (size_t)bpp / 8); break;
+        }
     }
     Release(*this);
     MoveFrom(result);
@@ -372,13 +437,14 @@ void CDIBitmap::Mirror() {
         CVASSERT_TEXT("FALSE");
         return;
     }
-    BYTE* bits = static_cast<BYTE*>(std::malloc(m_BmpBits.m_nSize));
-    if (!bits) return;
-    std::memset(bits, 0, m_BmpBits.m_nSize);
+    // Each row is read backwards from a copy of itself, so the block is rewritten in place:
+    // the result is the same as writing into a new block, without a second picture in memory.
     std::uint64_t stride = DWAlignedBytesPerLine();
+    std::vector<BYTE> row((size_t)stride);
     for (int y = 0; y < h; ++y) {
-        const BYTE* in = m_BmpBits.m_pPtr + stride * y;
-        BYTE* out = bits + stride * y;
+        BYTE* out = m_BmpBits.m_pPtr + stride * y;
+        std::memcpy(row.data(), out, (size_t)stride);
+        const BYTE* in = row.data();
         if (bpp < 8) {
             for (int x = 0; x < w; ++x) {
                 unsigned Bits = GetSub(in, (std::uint64_t)(w - 1 - x), bpp);
@@ -399,8 +465,6 @@ void CDIBitmap::Mirror() {
             }
         }
     }
-    std::free(m_BmpBits.m_pPtr);
-    m_BmpBits.m_pPtr = bits;
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -458,7 +522,7 @@ bool CDIBitmap::PasteCompatible(const CDIBitmap& SrcBmp, const CRect& storageRec
         const BYTE* in = SrcBmp.m_BmpBits.m_pPtr + srcStride * y;
         BYTE* out = m_BmpBits.m_pPtr + dstStride * (std::uint64_t)(storageRect.top + y);
         if (!(bpp % 8)) {
-            std::memcpy(out + start / 8, in, (size_t)(nbits / 8));
+            std::memmove(out + start / 8, in, (size_t)(nbits / 8));  // a bitmap may paste itself
         } else {
             // Bits shifted into place one by one, the bits around them kept.
             for (std::uint64_t i = 0; i < nbits; ++i) {

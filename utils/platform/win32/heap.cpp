@@ -18,6 +18,19 @@ extern "C" LONG WINAPI QmPrivateHeapFilter(EXCEPTION_POINTERS* ep) {
 
 HANDLE CreatePrivateHeap() { return HeapCreate(HEAP_NO_SERIALIZE, 0x200000, 0); }
 
+#if defined(_MSC_VER)
+void* HeapAllocGuarded(HANDLE heap, size_t size, DWORD* pExceptionCode) {
+    void* result = nullptr;
+    g_lastCode = 0;
+    __try {
+        result = HeapAlloc(heap, HEAP_NO_SERIALIZE | HEAP_GENERATE_EXCEPTIONS, CeiledHeapRequest(size));
+    } __except (QmPrivateHeapFilter(GetExceptionInformation())) {
+        result = nullptr;
+    }
+    if (pExceptionCode) *pExceptionCode = g_lastCode;
+    return result;
+}
+#else
 // Kept out of line and alone in its frame: the exception frame's labels may appear only once.
 __attribute__((noinline, noclone)) void* HeapAllocGuarded(HANDLE heap, size_t size, DWORD* pExceptionCode) {
     void* volatile result = nullptr;
@@ -29,6 +42,7 @@ __attribute__((noinline, noclone)) void* HeapAllocGuarded(HANDLE heap, size_t si
     if (pExceptionCode) *pExceptionCode = g_lastCode;
     return result;
 }
+#endif
 
 void* HeapReAllocBlock(HANDLE heap, void* block, size_t size) {
     return HeapReAlloc(heap, HEAP_NO_SERIALIZE, block, CeiledHeapRequest(size));
