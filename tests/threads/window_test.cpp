@@ -185,3 +185,48 @@ TEST(Threads, WaitCursorIsCountedOnTheApplication) {
     target.EndWaitCursor();  // never below zero
     EXPECT_EQ(app->m_nWaitCursorCount, 0);
 }
+
+namespace {
+
+class PumpingThread : public CWinThread {
+public:
+    std::atomic<bool> ready{false};
+    std::atomic<int>* exits;
+    explicit PumpingThread(std::atomic<int>* e) : exits(e) {}
+    BOOL InitInstance() override {
+        MSG msg;
+        PeekMessageA(&msg, nullptr, 0, 0, PM_NOREMOVE);  // makes the thread's queue
+        ready = true;
+        return TRUE;
+    }
+    int ExitInstance() override {
+        ++*exits;
+        return 5;
+    }
+};
+
+}  // namespace
+
+TEST(Threads, DefaultRunPumpsUntilQuitAndWindowsBelongToTheirThread) {
+    std::atomic<int> exits{0};
+    auto* t = new PumpingThread(&exits);
+    t->m_bAutoDelete = FALSE;
+    ASSERT_TRUE(t->CreateThread(CREATE_SUSPENDED));
+    EXPECT_FALSE(t->ready);
+    t->ResumeThread();
+    for (int i = 0; i < 5000 && !t->ready; ++i) Sleep(1);
+    ASSERT_TRUE(t->ready);
+    EXPECT_TRUE(PostThreadMessageA(t->m_nThreadID, WM_USER, 0, 0));
+    EXPECT_TRUE(PostThreadMessageA(t->m_nThreadID, WM_QUIT, 0, 0));
+    EXPECT_TRUE(qm::platform::WaitForThreadEnd(t->m_hThread, 5000));
+    EXPECT_EQ(exits, 1);
+    delete t;
+
+    // A window can only be destroyed by the thread that made it.
+    ProbeWnd w;
+    ASSERT_TRUE(CreateProbe(w));
+    HWND h = w.m_hWnd;
+    std::thread([h] { EXPECT_FALSE(qm::platform::DestroyWindowObject(h)); }).join();
+    EXPECT_TRUE(IsWindow(h));
+    EXPECT_TRUE(w.DestroyWindow());
+}

@@ -3,10 +3,12 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "command.h"
+#include "terminal_frame.h"
 #include "utils/common/utils_mail.h"
 #include "utils/framework/mbchar.h"
 
@@ -27,10 +29,21 @@ bool StartsWord(const std::string& text, size_t i) {
            prev != '/' && prev != '\\' && prev != '%' && prev < 0x80;
 }
 
-// Prints "offset<TAB>length<TAB>kind<TAB>text" for every link and address in text.
-void PrintLinks(const std::string& text) {
-    size_t i = 0;
+// Texts above this size show progress (one step per block) and can be cancelled.
+constexpr size_t kLongText = 256 * 1024;
+constexpr size_t kBlock = 64 * 1024;
+
+// Prints "offset<TAB>length<TAB>kind<TAB>text" for every link and address in text; false
+// when the user cancelled.
+bool PrintLinks(const std::string& text) {
+    std::unique_ptr<qmutil::LongWork> work;
+    if (text.size() > kLongText) work = std::make_unique<qmutil::LongWork>("Looking for links", (ULONG)(text.size() / kBlock + 1));
+    size_t i = 0, nextStep = kBlock;
     while (i < text.size()) {
+        if (work && i >= nextStep) {
+            nextStep += kBlock;
+            if (!work->Step()) return false;
+        }
         int len = 0;
         bool isMail = false;
         if (StartsWord(text, i) && IsValidURL(text.c_str() + i, len, isMail) && len > 0) {
@@ -40,6 +53,7 @@ void PrintLinks(const std::string& text) {
             ++i;
         }
     }
+    return true;
 }
 
 void PrintEMails(const std::string& text) {
@@ -56,8 +70,9 @@ void PrintAddresses(const std::string& list) {
 
 int RunLinks(const std::vector<std::string>& args) {
     qmutil::RequireArgs(args, 1, "text links FILE");
-    PrintLinks(ReadFile(args[0]));
-    return 0;
+    if (PrintLinks(ReadFile(args[0]))) return 0;
+    std::fprintf(stderr, "qmutil: cancelled\n");
+    return 1;
 }
 
 int RunEMails(const std::vector<std::string>& args) {
@@ -96,7 +111,8 @@ const char kLinksHelp[] =
     "Prints every link and e-mail address found in FILE, one a line:\n"
     "  OFFSET<TAB>LENGTH<TAB>link|email<TAB>TEXT\n"
     "Links start with a known scheme (http://, https://, ftp://, ftp., news:, ...), file:// or\n"
-    "www.; trailing punctuation is not part of a link.\n";
+    "www.; trailing punctuation is not part of a link.\n"
+    "A file above 256 KiB shows its progress on standard error; Escape or Ctrl-C cancels.\n";
 
 const char kEMailsHelp[] =
     "usage: qmutil text emails FILE\n"

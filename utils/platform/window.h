@@ -60,7 +60,8 @@ MFCQMUTILS_API LRESULT DispatchQueueMessage(const MSG* msg);
 
 // The pump a host or a test runs on a thread that owns windows. Each dispatches messages as
 // they come (WM_QUIT is put back so that an outer loop sees it) and returns:
-// - PumpWaitingMessages: once the queue holds nothing more; the number dispatched;
+// - PumpWaitingMessages: once the queue holds nothing more; the number dispatched (a queue
+//   refilled as fast as it is emptied keeps it going: prefer the timed pumps then);
 // - PumpMessagesFor: once ms milliseconds have passed;
 // - PumpMessagesUntil: true as soon as done() holds (checked before each wait), false when
 //   timeoutMs milliseconds passed first.
