@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "utils/common/CVLogger.h"
+#include "quiet_reports.h"
 #include "utils/common/OleUtils.h"
 #include "utils/platform/clipboard.h"
 #include "utils/platform/globalmem.h"
@@ -21,12 +21,7 @@ void Check(const CDIBitmap& bmp, bool ok) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static bool quiet = [] {
-        SetCvAssertSink([](const char*, const char*, int) {});
-        SetCvTraceSink([](const char*) {});
-        return true;
-    }();
-    (void)quiet;
+    qmfuzz::QuietReports();
     if (size > (1u << 20)) return 0;
     METAFILEPICT mfp{MM_ANISOTROPIC, 0, 0, qm::platform::MetafileFromBits((UINT)size, data)};
     CDIBitmap bmp;

@@ -5,17 +5,12 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "utils/common/CVLogger.h"
+#include "quiet_reports.h"
 #include "utils/common/DIB.h"
 #include "utils/platform/stream.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static bool quiet = [] {
-        SetCvAssertSink([](const char*, const char*, int) {});
-        SetCvTraceSink([](const char*) {});
-        return true;
-    }();
-    (void)quiet;
+    qmfuzz::QuietReports();
     IStream* stream = qm::platform::CreateMemoryStream(data, size);
     if (!stream) return 0;
     CDIBitmap bmp;
