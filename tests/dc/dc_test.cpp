@@ -27,6 +27,10 @@ TEST(CDC, FontMetricsFollowTheRequestedHeight) {
     ASSERT_TRUE(screen.CreateDC("DISPLAY", nullptr, nullptr, nullptr));
     EXPECT_EQ(screen.GetDeviceCaps(LOGPIXELSX), 96);
     EXPECT_EQ(screen.GetDeviceCaps(LOGPIXELSY), 96);
+    CWindowDC whole(nullptr);
+    ASSERT_NE(whole.GetSafeHdc(), nullptr);
+    EXPECT_EQ(whole.GetDeviceCaps(LOGPIXELSY), 96);
+    EXPECT_EQ(whole.GetDeviceCaps(HORZRES), screen.GetDeviceCaps(HORZRES));
 }
 
 // Extents are the sums of the characters' advance widths, tabs go to the next stop, and

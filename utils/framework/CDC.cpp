@@ -4,6 +4,7 @@
 #include <map>
 #include <mutex>
 
+#include "utils/framework/CWnd.h"
 #include "utils/platform/gdi.h"
 
 namespace plat = qm::platform;
@@ -239,4 +240,17 @@ BOOL CDC::StretchBlt(int x, int y, int nWidth, int nHeight, CDC* pSrcDC, int xSr
                      int nSrcHeight, DWORD dwRop) {
     return plat::GdiStretchBlt(m_hDC, x, y, nWidth, nHeight, pSrcDC ? pSrcDC->m_hDC : nullptr, xSrc, ySrc, nSrcWidth,
                                nSrcHeight, dwRop);
+}
+
+// ---------------------------------------------------------------------------------------
+// CClientDC, CWindowDC
+
+CClientDC::CClientDC(CWnd* pWnd) : CClientDC(pWnd, false) {}
+
+CClientDC::CClientDC(CWnd* pWnd, bool wholeWindow) : m_hWnd(pWnd ? pWnd->GetSafeHwnd() : nullptr) {
+    Attach(plat::GdiGetDC(m_hWnd, wholeWindow));
+}
+
+CClientDC::~CClientDC() {
+    if (m_hDC) plat::GdiReleaseDC(m_hWnd, Detach());
 }

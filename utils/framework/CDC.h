@@ -10,6 +10,7 @@
 #include "utils/framework/wingdc.h"
 
 class CDC;
+class CWnd;
 
 class MFCQMUTILS_API CGdiObject : public CObject {
 public:
@@ -97,4 +98,21 @@ public:
 
     HDC m_hDC = nullptr;
     HDC m_hAttribDC = nullptr;  // the same context: measuring and output are not split here
+};
+
+// A context on a window for the object's lifetime: its client area (CClientDC) or the whole
+// window (CWindowDC); with no window, the screen. Released, not deleted, at the end.
+class MFCQMUTILS_API CClientDC : public CDC {
+public:
+    explicit CClientDC(CWnd* pWnd);
+    ~CClientDC() override;
+
+protected:
+    CClientDC(CWnd* pWnd, bool wholeWindow);
+    HWND m_hWnd;
+};
+
+class MFCQMUTILS_API CWindowDC : public CClientDC {
+public:
+    explicit CWindowDC(CWnd* pWnd) : CClientDC(pWnd, true) {}
 };

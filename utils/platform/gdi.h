@@ -18,6 +18,10 @@ namespace qm::platform {
 // GetDC(NULL) / ReleaseDC(NULL, hdc): a device context on the whole screen.
 HDC GdiGetScreenDC();
 int GdiReleaseScreenDC(HDC hdc);
+// GetDC / GetWindowDC / ReleaseDC for a window (null: the screen). Windows without a surface
+// of their own (POSIX) give a context on the screen.
+HDC GdiGetDC(HWND hwnd, bool wholeWindow);
+int GdiReleaseDC(HWND hwnd, HDC hdc);
 // CreateDCA("DISPLAY", ...): another device context on the screen, freed with GdiDeleteDC.
 HDC GdiCreateDisplayDC();
 // CreateCompatibleDC: a memory context (hdc null: compatible with the screen).

@@ -209,6 +209,8 @@ int GdiReleaseScreenDC(HDC hdc) {
 }
 
 HDC GdiCreateDisplayDC() { return GdiGetScreenDC(); }
+HDC GdiGetDC(HWND, bool) { return GdiGetScreenDC(); }
+int GdiReleaseDC(HWND, HDC hdc) { return GdiReleaseScreenDC(hdc); }
 
 HDC GdiCreateCompatibleDC(HDC hdc) {
     std::lock_guard<std::recursive_mutex> lock(Lock());

@@ -6,6 +6,8 @@ namespace qm::platform {
 
 HDC GdiGetScreenDC() { return GetDC(nullptr); }
 int GdiReleaseScreenDC(HDC hdc) { return ReleaseDC(nullptr, hdc); }
+HDC GdiGetDC(HWND hwnd, bool wholeWindow) { return wholeWindow ? GetWindowDC(hwnd) : GetDC(hwnd); }
+int GdiReleaseDC(HWND hwnd, HDC hdc) { return ReleaseDC(hwnd, hdc); }
 HDC GdiCreateDisplayDC() { return CreateDCA("DISPLAY", nullptr, nullptr, nullptr); }
 HDC GdiCreateCompatibleDC(HDC hdc) { return CreateCompatibleDC(hdc); }
 BOOL GdiDeleteDC(HDC hdc) { return DeleteDC(hdc); }
