@@ -9,7 +9,7 @@
 
 namespace dctest {
 
-struct FontSpec {
+struct FontChoice {
     const char* face;
     int height;  // as lfHeight: negative = em size, positive = cell height
     int weight;
@@ -17,10 +17,10 @@ struct FontSpec {
 
 class MemoryDC {
 public:
-    explicit MemoryDC(const FontSpec& spec, int cx = 64, int cy = 64) {
+    explicit MemoryDC(const FontChoice& choice, int cx = 64, int cy = 64) {
         dc.CreateCompatibleDC(nullptr);
-        font.CreateFont(spec.height, 0, 0, 0, spec.weight, 0, 0, 0, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS,
-                        CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY, DEFAULT_PITCH, spec.face);
+        font.CreateFont(choice.height, 0, 0, 0, choice.weight, 0, 0, 0, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS,
+                        CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY, DEFAULT_PITCH, choice.face);
         oldFont = dc.SelectObject(&font);
         CDC screen;
         screen.CreateDC("DISPLAY", nullptr, nullptr, nullptr);
@@ -38,7 +38,7 @@ public:
     CBitmap* oldBitmap = nullptr;
 };
 
-inline const FontSpec kFonts[] = {
+inline const FontChoice kFonts[] = {
     {"DejaVu Sans", -12, FW_NORMAL}, {"Times New Roman", 20, FW_NORMAL}, {"DejaVu Sans Mono", -15, FW_NORMAL},
     {"Arial", -17, FW_BOLD},         {"Tahoma", 11, FW_NORMAL},
 };

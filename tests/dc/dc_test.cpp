@@ -11,17 +11,17 @@ using dctest::kFonts;
 using dctest::MemoryDC;
 
 TEST(CDC, FontMetricsFollowTheRequestedHeight) {
-    for (const auto& spec : kFonts) {
-        MemoryDC m(spec);
+    for (const auto& choice : kFonts) {
+        MemoryDC m(choice);
         TEXTMETRICA tm{};
-        ASSERT_TRUE(m.dc.GetTextMetrics(&tm)) << spec.face;
-        EXPECT_EQ(tm.tmHeight, tm.tmAscent + tm.tmDescent) << spec.face;
-        if (spec.height > 0) EXPECT_NEAR(tm.tmHeight, spec.height, 1) << spec.face;
-        else EXPECT_NEAR(tm.tmHeight - tm.tmInternalLeading, -spec.height, 1) << spec.face;
+        ASSERT_TRUE(m.dc.GetTextMetrics(&tm)) << choice.face;
+        EXPECT_EQ(tm.tmHeight, tm.tmAscent + tm.tmDescent) << choice.face;
+        if (choice.height > 0) EXPECT_NEAR(tm.tmHeight, choice.height, 1) << choice.face;
+        else EXPECT_NEAR(tm.tmHeight - tm.tmInternalLeading, -choice.height, 1) << choice.face;
         EXPECT_GT(tm.tmAveCharWidth, 0);
         EXPECT_EQ(m.dc.GetTextExtent("Wg", 2).cy, tm.tmHeight);
         bool fixed = (tm.tmPitchAndFamily & TMPF_FIXED_PITCH) == 0;
-        EXPECT_EQ(fixed, std::string(spec.face) == "DejaVu Sans Mono") << spec.face;
+        EXPECT_EQ(fixed, std::string(choice.face) == "DejaVu Sans Mono") << choice.face;
     }
     CDC screen;
     ASSERT_TRUE(screen.CreateDC("DISPLAY", nullptr, nullptr, nullptr));
@@ -37,8 +37,8 @@ TEST(CDC, FontMetricsFollowTheRequestedHeight) {
 // a fixed-pitch face has one width for every character.
 TEST(CDC, ExtentsAreSumsOfCharacterWidthsWithTabStops) {
     std::mt19937 rng(5);
-    for (const auto& spec : kFonts) {
-        MemoryDC m(spec);
+    for (const auto& choice : kFonts) {
+        MemoryDC m(choice);
         int widths[256];
         ASSERT_TRUE(m.dc.GetCharWidth(0, 255, widths));
         for (int trial = 0; trial < 50; ++trial) {
@@ -49,16 +49,16 @@ TEST(CDC, ExtentsAreSumsOfCharacterWidthsWithTabStops) {
                 t += (char)c;
                 sum += widths[c];
             }
-            EXPECT_EQ(m.dc.GetTextExtent(t.c_str(), (int)t.size()).cx, sum) << spec.face << " '" << t << "'";
+            EXPECT_EQ(m.dc.GetTextExtent(t.c_str(), (int)t.size()).cx, sum) << choice.face << " '" << t << "'";
             EXPECT_EQ(m.dc.GetTabbedTextExtent(t.c_str(), (int)t.size(), 0, nullptr).cx, sum);
         }
         int stop = 50;
-        EXPECT_EQ(m.dc.GetTabbedTextExtent("i\tW", 3, 1, &stop).cx, 50 + widths['W']) << spec.face;
+        EXPECT_EQ(m.dc.GetTabbedTextExtent("i\tW", 3, 1, &stop).cx, 50 + widths['W']) << choice.face;
         EXPECT_EQ(m.dc.GetTabbedTextExtent("\t\t", 2, 1, &stop).cx, 100);
         TEXTMETRICA tm{};
         m.dc.GetTextMetrics(&tm);
-        EXPECT_EQ(m.dc.GetTabbedTextExtent("\t", 1, 0, nullptr).cx, 8 * tm.tmAveCharWidth) << spec.face;
-        if (std::string(spec.face) == "DejaVu Sans Mono") {
+        EXPECT_EQ(m.dc.GetTabbedTextExtent("\t", 1, 0, nullptr).cx, 8 * tm.tmAveCharWidth) << choice.face;
+        if (std::string(choice.face) == "DejaVu Sans Mono") {
             for (int c = 0x21; c < 0x7F; ++c) EXPECT_EQ(widths[c], widths['x']) << c;
         }
     }

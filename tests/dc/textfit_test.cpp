@@ -52,8 +52,8 @@ std::string RandomText(std::mt19937& rng, size_t len) {
 TEST(MapWidthToCharPos, MatchesTheDefinitionOverRandomTextsWidthsFontsAndRules) {
     std::mt19937 rng(11);
     qmtest::RecordingAssertSink asserts;
-    for (const auto& spec : kFonts) {
-        MemoryDC m(spec);
+    for (const auto& choice : kFonts) {
+        MemoryDC m(choice);
         for (int trial = 0; trial < 150; ++trial) {
             std::string t = RandomText(rng, 1 + rng() % 60);
             long width = (long)(rng() % 420) - 10;
@@ -61,8 +61,8 @@ TEST(MapWidthToCharPos, MatchesTheDefinitionOverRandomTextsWidthsFontsAndRules) 
                 Expected want = Definition(m.dc, t, width, rule);
                 LONG extent = -1;
                 int got = MapWidthToCharPos(&m.dc, width, t.c_str(), (int)t.size(), nullptr, &extent, rule, -1);
-                ASSERT_EQ(got, want.count) << spec.face << " rule " << rule << " width " << width << " '" << t << "'";
-                EXPECT_EQ(extent, want.extent) << spec.face << " '" << t << "'";
+                ASSERT_EQ(got, want.count) << choice.face << " rule " << rule << " width " << width << " '" << t << "'";
+                EXPECT_EQ(extent, want.extent) << choice.face << " '" << t << "'";
                 // An exact fit is accepted: the width of the fitted prefix itself gives it back.
                 if (want.count > 0) {
                     EXPECT_EQ(MapWidthToCharPos(&m.dc, want.extent, t.c_str(), (int)t.size(), nullptr, nullptr, rule),
@@ -139,8 +139,8 @@ TEST(WordWrapString, Cases) {
 
 TEST(WordWrapString, LinesFitAndKeepEveryCharacter) {
     std::mt19937 rng(3);
-    for (const auto& spec : kFonts) {
-        MemoryDC m(spec);
+    for (const auto& choice : kFonts) {
+        MemoryDC m(choice);
         for (int trial = 0; trial < 40; ++trial) {
             std::string t = RandomText(rng, 1 + rng() % 300);
             for (char& c : t)
@@ -158,7 +158,7 @@ TEST(WordWrapString, LinesFitAndKeepEveryCharacter) {
                 long w = m.dc.GetTextExtent(line.c_str(), (int)line.size()).cx;
                 long cut = line.empty() ? 0 : m.dc.GetTextExtent(line.c_str(), (int)line.size() - 1).cx;
                 EXPECT_TRUE(w <= width || line.size() == 1 || (line.back() == ' ' && cut <= width))
-                    << spec.face << " '" << line << "' width " << width;
+                    << choice.face << " '" << line << "' width " << width;
                 if (i < out.size()) ++count;
                 start = i + 1;
             }
