@@ -33,10 +33,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size) std::memcpy(qm::platform::GlobalMemLock(h), data, size), qm::platform::GlobalMemUnlock(h);
     qm::platform::ClipboardOpen(nullptr);
     qm::platform::ClipboardEmpty();
-    qm::platform::ClipboardClose();
-    // An ownerless clipboard refuses data: put the block through an owner-less open that
-    // was not emptied.
-    qm::platform::ClipboardOpen(nullptr);
     if (!qm::platform::ClipboardSetData(CF_DIB, h)) qm::platform::GlobalMemFree(h);
     qm::platform::ClipboardClose();
     CDIBitmap fromClipboard;

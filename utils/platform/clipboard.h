@@ -1,8 +1,8 @@
 // The clipboard: open (with an owner window or none), empty, close, and global memory blocks
 // stored under a format, with user32's rules and results. Where the system has no clipboard
 // the backend keeps one inside the process: blocks tagged with their format, freed when the
-// clipboard is emptied. As on Windows, the clipboard must be open to read or write it, and a
-// clipboard opened without an owner and then emptied refuses new data.
+// clipboard is emptied. The clipboard must be open (by the calling thread) to read or write
+// it; data may be put without an owner window, as Wine allows.
 #pragma once
 
 #include "utils/framework/winclipboard.h"

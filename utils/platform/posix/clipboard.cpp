@@ -17,7 +17,6 @@ struct Clipboard {
     std::thread::id openedBy;
     HWND openOwner = nullptr;
     HWND owner = nullptr;
-    bool ownerless = false;  // emptied while opened without an owner: refuses data
     std::map<UINT, HGLOBAL> blocks;
 };
 
@@ -39,7 +38,6 @@ BOOL ClipboardOpen(HWND owner) {
     c.open = true;
     c.openedBy = std::this_thread::get_id();
     c.openOwner = owner;
-    c.ownerless = false;
     return TRUE;
 }
 
@@ -58,7 +56,6 @@ BOOL ClipboardEmpty() {
     for (auto& [format, block] : c.blocks) GlobalMemFree(block);
     c.blocks.clear();
     c.owner = c.openOwner;
-    c.ownerless = c.openOwner == nullptr;
     return TRUE;
 }
 
@@ -73,7 +70,7 @@ HGLOBAL ClipboardGetData(UINT format) {
 HGLOBAL ClipboardSetData(UINT format, HGLOBAL block) {
     Clipboard& c = Board();
     std::lock_guard<std::mutex> guard(c.lock);
-    if (!OpenHere(c) || c.ownerless || !block || GlobalMemSize(block) == 0) return nullptr;
+    if (!OpenHere(c) || !block || GlobalMemSize(block) == 0) return nullptr;
     auto it = c.blocks.find(format);
     if (it != c.blocks.end() && it->second != block) GlobalMemFree(it->second);
     c.blocks[format] = block;
