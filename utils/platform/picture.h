@@ -1,6 +1,5 @@
 // The system picture loader: a picture read from a COM stream (OleLoadPicture asking for
-// IPicture on Windows; stb_image elsewhere, for PNG, JPEG, GIF, BMP, TGA, PSD, HDR, PIC and
-// PNM), its extent in 0.01 mm, and rendering it onto a device context.
+// IPicture on Windows; stb_image elsewhere, for PNG, JPEG, GIF, BMP and PNM), its extent in 0.01 mm, and rendering it onto a device context.
 #pragma once
 
 #include "utils/framework/objidl.h"

@@ -6,9 +6,16 @@
 #include <mutex>
 #include <vector>
 
+// The formats whose decoders hold up on arbitrary bytes; the others stb_image has (PSD, HDR,
+// PIC, TGA) are left out.
 #define STB_IMAGE_IMPLEMENTATION
 #define STBI_NO_STDIO
 #define STBI_FAILURE_USERMSG
+#define STBI_ONLY_PNG
+#define STBI_ONLY_JPEG
+#define STBI_ONLY_GIF
+#define STBI_ONLY_BMP
+#define STBI_ONLY_PNM
 #include <stb/stb_image.h>
 
 #include "utils/platform/posix/gdi_objects.h"
@@ -39,6 +46,47 @@ bool ReadAll(IStream* stream, std::vector<unsigned char>& out) {
     return true;
 }
 
+// A JPEG whose Huffman tables declare more than 256 codes would make stb_image's table
+// builder write past its arrays: such files are refused before decoding. The walk goes over
+// every marker segment, skipping entropy-coded data after each scan header.
+bool JpegTablesSane(const std::vector<unsigned char>& d) {
+    size_t n = d.size(), pos = 2;
+    while (pos + 1 < n) {
+        if (d[pos] != 0xFF) {
+            ++pos;  // entropy-coded data: look for the next marker
+            continue;
+        }
+        unsigned char m = d[pos + 1];
+        if (m == 0xFF) {
+            ++pos;
+            continue;
+        }
+        if (m == 0x00 || m == 0x01 || (m >= 0xD0 && m <= 0xD8)) {
+            pos += 2;
+            continue;
+        }
+        if (m == 0xD9 || pos + 4 > n) return true;
+        size_t len = ((size_t)d[pos + 2] << 8) | d[pos + 3];
+        if (m == 0xC4) {
+            // The tables are read as the decoder reads them: one after another while the
+            // segment's length lasts, counts past the end of the bytes reading as 0.
+            long long left = (long long)len - 2;
+            size_t q = pos + 4;
+            auto at = [&](size_t i) -> unsigned { return i < n ? d[i] : 0u; };
+            while (left > 0) {
+                size_t codes = 0;
+                for (size_t i = 1; i <= 16; ++i) codes += at(q + i);
+                if (codes > 256) return false;
+                q += 17 + codes;
+                left -= 17 + (long long)codes;
+            }
+        }
+        if (len < 2) return false;
+        pos += 2 + len;
+    }
+    return true;
+}
+
 // HIMETRIC extent of a pixel count at the screen's 96 pixels per inch.
 LONG ToHimetric(int px) { return MulDiv(px, 2540, gdi::kLogPixels); }
 
@@ -47,6 +95,7 @@ LONG ToHimetric(int px) { return MulDiv(px, 2540, gdi::kLogPixels); }
 Picture* PictureLoad(IStream* stream) {
     std::vector<unsigned char> data;
     if (!stream || !ReadAll(stream, data) || data.empty() || data.size() > 0x7FFFFFFF) return nullptr;
+    if (data.size() >= 2 && data[0] == 0xFF && data[1] == 0xD8 && !JpegTablesSane(data)) return nullptr;
     int w = 0, h = 0, n = 0;
     if (!stbi_info_from_memory(data.data(), (int)data.size(), &w, &h, &n) || w < 1 || h < 1 ||
         (std::uint64_t)w * (std::uint64_t)h > kMaxPixels)
