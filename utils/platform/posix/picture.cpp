@@ -30,8 +30,9 @@ struct Picture {
 
 namespace {
 
-// Pictures beyond this many pixels are refused before they are decoded (256 MiB of pixels).
-constexpr std::uint64_t kMaxPixels = 1ull << 26;
+// Pictures beyond this many pixels (16 Mi, a 4096 x 4096 square) are refused before they
+// are decoded, so that one picture never needs more than a few 64 MiB blocks.
+constexpr std::uint64_t kMaxPixels = 1ull << 24;
 // Streams beyond this size are refused rather than read into memory.
 constexpr std::uint64_t kMaxStream = 1ull << 30;
 
