@@ -1,0 +1,123 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+#include "dc_fixture.h"
+#include "tests/support/recording_sink.h"
+#include "utils/common/DIB.h"
+#include "utils/platform/gdi.h"
+
+namespace {
+
+using dctest::kFonts;
+using dctest::MemoryDC;
+
+// The model: the colour of picture pixel (x, y), row 0 at the top.
+COLORREF Model(int x, int y) { return RGB(x * 40 + 5, y * 50 + 7, (x + y) * 10 + 1); }
+
+const COLORREF kBackground = RGB(1, 2, 3);
+
+void Paint(CDIBitmap& bmp, int w, int h, WORD bits) {
+    ASSERT_TRUE(bmp.Create(w, h, bits));
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) bmp.SetPixelColor(CPoint(x, h - 1 - y), Model(x, y));
+}
+
+// A 32-bit bitmap with explicit 8-8-8 masks: the BI_BITFIELDS path of Draw.
+void PaintMasked(CDIBitmap& bmp, int w, int h) {
+    std::vector<unsigned char> packed(40 + 12 + (size_t)w * h * 4);
+    BITMAPINFOHEADER bi{};
+    bi.biSize = 40;
+    bi.biWidth = w;
+    bi.biHeight = h;
+    bi.biPlanes = 1;
+    bi.biBitCount = 32;
+    bi.biCompression = BI_BITFIELDS;
+    std::memcpy(packed.data(), &bi, 40);
+    const DWORD masks[3] = {0xFF0000, 0x00FF00, 0x0000FF};
+    std::memcpy(packed.data() + 40, masks, 12);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) {
+            COLORREF c = Model(x, y);
+            DWORD v = ((DWORD)GetRValue(c) << 16) | ((DWORD)GetGValue(c) << 8) | GetBValue(c);
+            std::memcpy(packed.data() + 52 + ((size_t)(h - 1 - y) * w + x) * 4, &v, 4);
+        }
+    ASSERT_TRUE(bmp.Create((BITMAPINFOHEADER*)packed.data()));
+}
+
+// Expects the destination rectangle to show the picture's source rectangle, scaled by
+// whole factors, and the pixels around it to be untouched.
+void ExpectDrawn(CDC& dc, CRect dst, CRect src, const char* what) {
+    for (int y = 0; y < 16; ++y)
+        for (int x = 0; x < 16; ++x) {
+            COLORREF want = kBackground;
+            if (dst.PtInRect(CPoint(x, y)))
+                want = Model(src.left + (x - dst.left) * src.Width() / dst.Width(),
+                             src.top + (y - dst.top) * src.Height() / dst.Height());
+            ASSERT_EQ(dc.GetPixel(x, y), want) << what << " at " << x << "," << y;
+        }
+}
+
+TEST(DIBDrawing, TransfersPutThePicturesSourceRectangleWhereAsked) {
+    for (WORD bits : {24, 32}) {
+        CDIBitmap bmp;
+        Paint(bmp, 5, 4, bits);
+        MemoryDC m(kFonts[0], 16, 16);
+        m.dc.SetStretchBltMode(COLORONCOLOR);
+
+        // BitBlt: ySrc counted from the top.
+        m.dc.FillSolidRect(0, 0, 16, 16, kBackground);
+        bmp.BitBlt(m.dc.GetSafeHdc(), 2, 3, 3, 2, 1, 1);
+        ExpectDrawn(m.dc, CRect(2, 3, 5, 5), CRect(1, 1, 4, 3), "BitBlt");
+
+        // StretchBlt: the source rectangle goes to GDI as it is, its y from the bottom row, so
+        // (1, 0, 2, 2) is picture rows 2 and 3; here doubled.
+        m.dc.FillSolidRect(0, 0, 16, 16, kBackground);
+        bmp.StretchBlt(m.dc.GetSafeHdc(), 4, 4, 4, 4, 1, 0, 2, 2);
+        ExpectDrawn(m.dc, CRect(4, 4, 8, 8), CRect(1, 2, 3, 4), "StretchBlt");
+
+        // Draw through DrawDib: the source rectangle in picture coordinates.
+        void* hdd = qm::platform::GdiDrawDibOpen();
+        ASSERT_NE(hdd, nullptr);
+        m.dc.FillSolidRect(0, 0, 16, 16, kBackground);
+        RECT dst{0, 0, 8, 4}, src{1, 0, 5, 2};
+        EXPECT_TRUE(bmp.Draw(hdd, &m.dc, dst, src));
+        ExpectDrawn(m.dc, CRect(dst), CRect(src), "Draw");
+        EXPECT_TRUE(qm::platform::GdiDrawDibClose(hdd));
+    }
+}
+
+TEST(DIBDrawing, DrawOfAMaskedBitmapGoesThroughStretchDIBits) {
+    CDIBitmap bmp;
+    PaintMasked(bmp, 5, 4);
+    MemoryDC m(kFonts[0], 16, 16);
+    m.dc.FillSolidRect(0, 0, 16, 16, kBackground);
+    RECT dst{6, 6, 9, 8}, src{2, 1, 5, 3};
+    EXPECT_TRUE(bmp.Draw(nullptr, &m.dc, dst, src));
+    ExpectDrawn(m.dc, CRect(dst), CRect(src), "masked Draw");
+    EXPECT_EQ(m.dc.GetStretchBltMode(), COLORONCOLOR);
+}
+
+TEST(DIBDrawing, DrawReportsASourceRectangleOutsideThePicture) {
+    CDIBitmap bmp;
+    Paint(bmp, 5, 4, 24);
+    MemoryDC m(kFonts[0], 16, 16);
+    m.dc.FillSolidRect(0, 0, 16, 16, kBackground);
+    qmtest::RecordingAssertSink asserts;
+    RECT dst{0, 0, 4, 4}, src{3, 2, 6, 2};
+    EXPECT_FALSE(bmp.Draw(nullptr, &m.dc, dst, src));
+    EXPECT_EQ(asserts.Expressions(),
+              (std::vector<std::string>{"(SrcRect.right > 0) && (SrcRect.right <= m_BmpInfo.GetBmpWidth())",
+                                        "SrcRect.top < SrcRect.bottom"}));
+    EXPECT_EQ(m.dc.GetPixel(0, 0), kBackground);
+    asserts.Clear();
+    CDIBitmap empty;
+    RECT whole{0, 0, 1, 1};
+    EXPECT_FALSE(empty.Draw(nullptr, &m.dc, dst, whole));
+    EXPECT_EQ(asserts.Expressions().front(), "m_BmpBits.IsValid()");
+    empty.BitBlt(m.dc.GetSafeHdc(), 0, 0, 4, 4, 0, 0);  // nothing to draw, nothing happens
+    EXPECT_EQ(m.dc.GetPixel(0, 0), kBackground);
+}
+
+}  // namespace

@@ -1,0 +1,253 @@
+// Device-independent bitmaps on the POSIX graphics backend: reading DIB rows of every depth
+// into 32-bit pixels for SetDIBitsToDevice, StretchDIBits and DrawDibDraw, and writing a
+// bitmap's pixels out as DIB rows for GetDIBits.
+#include <algorithm>
+#include <cstring>
+#include <mutex>
+#include <unordered_set>
+#include <vector>
+
+#include "utils/platform/gdi.h"
+#include "utils/platform/posix/gdi_objects.h"
+
+namespace qm::platform {
+
+namespace {
+
+using gdi::PixelSource;
+
+std::uint32_t Expand(std::uint32_t v, std::uint32_t mask) {
+    if (!mask) return 0;
+    int shift = 0;
+    while (!(mask & 1u)) { mask >>= 1; ++shift; }
+    int width = 0;
+    while (mask & 1u) { mask >>= 1; ++width; }
+    std::uint32_t c = (v >> shift) & ((width >= 32) ? 0xFFFFFFFFu : ((1u << width) - 1));
+    if (width >= 8) return c >> (width - 8);
+    // Narrow channels are widened by repeating their bits.
+    std::uint32_t out = 0;
+    for (int filled = 0; filled < 8; filled += width) out = (out << width) | c;
+    return (out >> (((8 + width - 1) / width) * width - 8)) & 0xFF;
+}
+
+// The rows of a DIB as 32-bit pixels. Valid only for the formats GDI draws: 1, 4, 8, 16, 24
+// or 32 bits, BI_RGB (or BI_BITFIELDS at 16 and 32 bits), a width of at least 1, a height
+// other than 0 and at most 2 GiB of rows.
+struct Dib {
+    bool valid = false;
+    int width = 0, height = 0;  // height positive; topDown tells the order
+    bool topDown = false;
+    int bits = 0;
+    std::uint64_t stride = 0;
+    const unsigned char* rows = nullptr;
+    std::uint32_t palette[256] = {};
+    std::uint32_t masks[3] = {0x7C00, 0x03E0, 0x001F};
+
+    Dib(const BITMAPINFOHEADER* h, const void* pixels, UINT colorUse) {
+        if (!h || !pixels || h->biSize < 40 || h->biPlanes != 1 || h->biWidth < 1 || h->biHeight == 0 ||
+            h->biHeight == (LONG)0x80000000)
+            return;
+        bits = h->biBitCount;
+        if (bits != 1 && bits != 4 && bits != 8 && bits != 16 && bits != 24 && bits != 32) return;
+        bool fields = h->biCompression == BI_BITFIELDS && (bits == 16 || bits == 32);
+        if (h->biCompression != BI_RGB && !fields) return;
+        width = h->biWidth;
+        topDown = h->biHeight < 0;
+        height = topDown ? -h->biHeight : h->biHeight;
+        stride = ((std::uint64_t)width * (std::uint64_t)bits + 31) / 32 * 4;
+        if (stride * (std::uint64_t)height > 0x7FFFFFFFull) return;
+        rows = (const unsigned char*)pixels;
+        const unsigned char* after = (const unsigned char*)h + h->biSize;
+        if (bits == 32 && !fields) masks[0] = 0xFF0000, masks[1] = 0xFF00, masks[2] = 0xFF;
+        if (fields) std::memcpy(masks, after, 12);
+        if (bits <= 8) {
+            DWORD count = h->biClrUsed ? std::min<DWORD>(h->biClrUsed, 1u << bits) : (1u << bits);
+            // Palette indexes (DIB_PAL_COLORS) have no palette here: they are read as grey.
+            for (DWORD i = 0; i < count; ++i) {
+                const unsigned char* q = after + 4 * i;
+                palette[i] = colorUse == DIB_PAL_COLORS ? (i & 0xFF) * 0x010101u
+                                                        : ((std::uint32_t)q[2] << 16) | ((std::uint32_t)q[1] << 8) | q[0];
+            }
+        }
+        valid = true;
+    }
+
+    // Row y counted from the top of the picture, taken from `first` (scan line of the first
+    // row held) when only some scan lines are held; false when the row is not held.
+    bool ReadRow(int y, std::uint32_t* out, UINT firstScan, UINT scans) const {
+        std::uint64_t scan = topDown ? (std::uint64_t)y : (std::uint64_t)(height - 1 - y);
+        if (scan < firstScan || scan >= (std::uint64_t)firstScan + scans) return false;
+        const unsigned char* r = rows + (scan - firstScan) * stride;
+        for (int x = 0; x < width; ++x) {
+            std::uint32_t p = 0;
+            switch (bits) {
+            case 1: p = palette[(r[x >> 3] >> (7 - (x & 7))) & 1]; break;
+            case 4: p = palette[(x & 1) ? (r[x >> 1] & 0x0F) : (r[x >> 1] >> 4)]; break;
+            case 8: p = palette[r[x]]; break;
+            case 16: {
+                std::uint32_t v = (std::uint32_t)r[2 * x] | ((std::uint32_t)r[2 * x + 1] << 8);
+                p = (Expand(v, masks[0]) << 16) | (Expand(v, masks[1]) << 8) | Expand(v, masks[2]);
+                break;
+            }
+            case 24: p = ((std::uint32_t)r[3 * x + 2] << 16) | ((std::uint32_t)r[3 * x + 1] << 8) | r[3 * x]; break;
+            case 32: {
+                std::uint32_t v;
+                std::memcpy(&v, r + 4 * x, 4);
+                p = (Expand(v, masks[0]) << 16) | (Expand(v, masks[1]) << 8) | Expand(v, masks[2]);
+                break;
+            }
+            }
+            out[x] = p;
+        }
+        return true;
+    }
+
+    PixelSource Source(UINT firstScan, UINT scans) const {
+        PixelSource s;
+        s.width = width;
+        s.height = height;
+        s.readRow = [this, firstScan, scans](int y, std::uint32_t* out) {
+            if (!ReadRow(y, out, firstScan, scans)) std::fill(out, out + width, 0u);
+        };
+        return s;
+    }
+};
+
+}  // namespace
+
+int GdiSetDIBitsToDevice(HDC hdc, int xDest, int yDest, DWORD w, DWORD h, int xSrc, int ySrc, UINT startScan,
+                         UINT cLines, const void* bits, const BITMAPINFO* bmi, UINT colorUse) {
+    std::lock_guard<std::recursive_mutex> lock(gdi::Lock());
+    gdi::Dc* dc = gdi::FindDc(hdc);
+    if (!dc || !bmi) return 0;
+    Dib dib(&bmi->bmiHeader, bits, colorUse);
+    if (!dib.valid || w > 0x7FFFFFFF || h > 0x7FFFFFFF) return 0;
+    // Only the scan lines held are drawn: rows outside them leave the destination alone.
+    long long ys = dib.topDown ? (long long)ySrc : (long long)dib.height - ySrc - (long long)h;
+    std::vector<std::uint32_t> row((size_t)dib.width);
+    for (long long j = 0; j < (long long)h; ++j) {
+        long long y = ys + j, dy = (long long)yDest + j;
+        if (y < 0 || y >= dib.height || dy < 0 || dy >= dc->surface->height) continue;
+        if (!dib.ReadRow((int)y, row.data(), startScan, cLines)) continue;
+        std::uint32_t* out = dc->surface->Row((int)dy);
+        for (long long i = 0; i < (long long)w; ++i) {
+            long long x = (long long)xSrc + i, dx = (long long)xDest + i;
+            if (x < 0 || x >= dib.width || dx < 0 || dx >= dc->surface->width) continue;
+            out[dx] = row[(size_t)x];
+        }
+    }
+    return (int)cLines;
+}
+
+int GdiStretchDIBits(HDC hdc, int xDest, int yDest, int destWidth, int destHeight, int xSrc, int ySrc, int srcWidth,
+                     int srcHeight, const void* bits, const BITMAPINFO* bmi, UINT usage, DWORD rop) {
+    std::lock_guard<std::recursive_mutex> lock(gdi::Lock());
+    gdi::Dc* dc = gdi::FindDc(hdc);
+    if (!dc || !bmi) return 0;
+    Dib dib(&bmi->bmiHeader, bits, usage);
+    if (!dib.valid) return 0;
+    // The source rectangle of a bottom-up DIB is measured from its bottom row.
+    long long ys = dib.topDown ? (long long)ySrc : (long long)dib.height - ySrc - srcHeight;
+    if (ys < INT32_MIN || ys > INT32_MAX) return 0;
+    if (!gdi::Stretch(*dc->surface, xDest, yDest, destWidth, destHeight, dib.Source(0, (UINT)dib.height),
+                      xSrc, (int)ys, srcWidth, srcHeight, dc->stretchMode, rop))
+        return 0;
+    return dib.height;
+}
+
+int GdiGetDIBits(HDC hdc, HBITMAP bmp, UINT start, UINT cLines, void* bits, BITMAPINFO* bmi, UINT usage) {
+    std::lock_guard<std::recursive_mutex> lock(gdi::Lock());
+    gdi::Surface* s = gdi::FindSurface(bmp);
+    if (!gdi::FindDc(hdc) || !s || !bmi) return 0;
+    BITMAPINFOHEADER& h = bmi->bmiHeader;
+    if (h.biSize < 40) return 0;
+    if (h.biBitCount == 0) {
+        // The bitmap's own format: 32 bits per pixel, bottom-up.
+        h.biWidth = s->width;
+        h.biHeight = s->height;
+        h.biPlanes = 1;
+        h.biBitCount = 32;
+        h.biCompression = BI_RGB;
+        h.biSizeImage = (DWORD)((std::uint64_t)s->width * 4 * (std::uint64_t)s->height);
+        h.biClrUsed = 0;
+        h.biClrImportant = 0;
+        return bits ? 0 : 1;
+    }
+    int depth = h.biBitCount;
+    if ((depth != 16 && depth != 24 && depth != 32) || h.biCompression != BI_RGB || h.biHeight == 0 ||
+        h.biWidth != s->width || h.biPlanes != 1)
+        return 0;
+    bool topDown = h.biHeight < 0;
+    std::uint64_t height = topDown ? (std::uint64_t)(-(long long)h.biHeight) : (std::uint64_t)h.biHeight;
+    std::uint64_t stride = ((std::uint64_t)s->width * (std::uint64_t)depth + 31) / 32 * 4;
+    h.biSizeImage = (DWORD)std::min<std::uint64_t>(stride * height, 0xFFFFFFFFu);
+    if (!bits) return 1;
+    // Scan lines beyond the bitmap are not copied.
+    std::uint64_t last = std::min<std::uint64_t>((std::uint64_t)start + cLines, std::min<std::uint64_t>(height, (std::uint64_t)s->height));
+    int copied = 0;
+    for (std::uint64_t scan = start; scan < last; ++scan) {
+        int y = topDown ? (int)scan : s->height - 1 - (int)scan;
+        const std::uint32_t* in = s->Row(y);
+        unsigned char* out = (unsigned char*)bits + (scan - start) * stride;
+        std::memset(out, 0, (size_t)stride);
+        for (int x = 0; x < s->width; ++x) {
+            std::uint32_t p = in[x];
+            if (depth == 32) {
+                std::memcpy(out + 4 * x, &p, 4);
+            } else if (depth == 24) {
+                out[3 * x] = (unsigned char)p;
+                out[3 * x + 1] = (unsigned char)(p >> 8);
+                out[3 * x + 2] = (unsigned char)(p >> 16);
+            } else {
+                std::uint32_t v = ((p >> 9) & 0x7C00) | ((p >> 6) & 0x03E0) | ((p >> 3) & 0x001F);
+                out[2 * x] = (unsigned char)v;
+                out[2 * x + 1] = (unsigned char)(v >> 8);
+            }
+        }
+        ++copied;
+    }
+    return copied;
+}
+
+namespace {
+std::mutex g_drawDibLock;
+std::unordered_set<void*> g_drawDibs;
+}  // namespace
+
+void* GdiDrawDibOpen() {
+    std::lock_guard<std::mutex> lock(g_drawDibLock);
+    void* h = new char(0);
+    g_drawDibs.insert(h);
+    return h;
+}
+
+BOOL GdiDrawDibClose(void* hdd) {
+    std::lock_guard<std::mutex> lock(g_drawDibLock);
+    if (!g_drawDibs.erase(hdd)) return FALSE;
+    delete (char*)hdd;
+    return TRUE;
+}
+
+BOOL GdiDrawDibDraw(void* hdd, HDC hdc, int xDst, int yDst, int dxDst, int dyDst, const BITMAPINFOHEADER* lpbi,
+                    const void* lpBits, int xSrc, int ySrc, int dxSrc, int dySrc, UINT wFlags) {
+    {
+        std::lock_guard<std::mutex> lock(g_drawDibLock);
+        if (!g_drawDibs.count(hdd)) return FALSE;
+    }
+    std::lock_guard<std::recursive_mutex> lock(gdi::Lock());
+    gdi::Dc* dc = gdi::FindDc(hdc);
+    // DrawDib draws bottom-up DIBs only; its source rectangle is measured from the top.
+    if (!dc || !lpbi || lpbi->biHeight < 1) return FALSE;
+    Dib dib(lpbi, lpBits, DIB_RGB_COLORS);
+    if (!dib.valid) return FALSE;
+    if (dxSrc < 0) dxSrc = dib.width;
+    if (dySrc < 0) dySrc = dib.height;
+    if (dxDst < 0) dxDst = dxSrc;
+    if (dyDst < 0) dyDst = dySrc;
+    return gdi::Stretch(*dc->surface, xDst, yDst, dxDst, dyDst, dib.Source(0, (UINT)dib.height), xSrc, ySrc,
+                        dxSrc, dySrc, COLORONCOLOR, SRCCOPY)
+               ? TRUE
+               : FALSE;
+}
+
+}  // namespace qm::platform

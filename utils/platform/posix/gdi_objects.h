@@ -1,0 +1,91 @@
+// The POSIX graphics backend's own objects: 32-bit pixel surfaces, fonts measured with
+// FreeType, device contexts, and the table of live handles that every call checks.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "utils/framework/wingdc.h"
+
+namespace qm::platform::gdi {
+
+enum class Kind { Dc, Bitmap, Font };
+
+struct Object {
+    explicit Object(Kind k) : kind(k) {}
+    virtual ~Object() = default;
+    Kind kind;
+    bool stock = false;          // never deleted
+    int selections = 0;          // device contexts that have it selected
+    bool deletePending = false;  // DeleteObject while selected: freed when last deselected
+};
+
+// Pixels top-down, each 0x00RRGGBB (the byte order of a 32-bit DIB row: blue, green, red, 0).
+struct Surface : Object {
+    Surface(int w, int h) : Object(Kind::Bitmap), width(w), height(h), pixels((size_t)w * (size_t)h, 0) {}
+    int width;
+    int height;
+    std::vector<std::uint32_t> pixels;
+    std::uint32_t* Row(int y) { return pixels.data() + (size_t)y * (size_t)width; }
+};
+
+// A sized font: metrics and the advance width of every 8-bit character.
+struct FontFace {
+    TEXTMETRICA metrics{};
+    int advance[256]{};
+};
+
+struct Font : Object {
+    Font() : Object(Kind::Font) {}
+    LOGFONTA logFont{};
+    std::shared_ptr<const FontFace> face;
+};
+
+struct Dc : Object {
+    Dc() : Object(Kind::Dc) {}
+    bool screen = false;
+    Surface* surface = nullptr;  // the selected bitmap (the screen surface for a screen context)
+    Font* font = nullptr;
+    int stretchMode = BLACKONWHITE;
+};
+
+// One lock guards every object; the calls are short.
+std::recursive_mutex& Lock();
+
+// The live object behind a handle, or null when the handle is not one of that kind.
+Object* Find(void* handle);
+Dc* FindDc(HDC hdc);
+Surface* FindSurface(HGDIOBJ h);
+Font* FindFont(HGDIOBJ h);
+void Register(Object* obj);
+
+// The screen and its properties: 1024 x 768, 32 bits per pixel, 96 logical pixels per inch.
+Surface& ScreenSurface();
+constexpr int kScreenWidth = 1024;
+constexpr int kScreenHeight = 768;
+constexpr int kLogPixels = 96;
+
+// A font face for a logical font (from a cache keyed by font file and size).
+std::shared_ptr<const FontFace> LoadFace(const LOGFONTA& lf);
+// The stock font every new device context starts with, and a new stock font of a face.
+Font* StockFont();
+Font* MakeStockFont(const char* face, BYTE pitchAndFamily);
+
+// A source of pixels for stretching: its size and a way to read one top-down row as
+// 0x00RRGGBB values (width entries).
+struct PixelSource {
+    int width = 0;
+    int height = 0;
+    std::function<void(int y, std::uint32_t* out)> readRow;
+};
+
+// Stretches the source rectangle (xs, ys, cxs, cys; top-down) onto the destination rectangle
+// (x, y, cx, cy) of dst with the stretch mode and raster operation. Negative extents mirror.
+// Pixels that fall outside either side are skipped. False for an unknown raster operation.
+bool Stretch(Surface& dst, int x, int y, int cx, int cy, const PixelSource& src, int xs, int ys, int cxs, int cys,
+             int mode, DWORD rop);
+
+}  // namespace qm::platform::gdi
