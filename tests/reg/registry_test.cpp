@@ -1,0 +1,219 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cctype>
+#include <map>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "utils/common/mfcutils_settings.h"
+#include "utils/platform/registry.h"
+
+using namespace qm::platform;
+
+namespace {
+
+std::string Lower(std::string s) {
+    for (char& c : s) c = (char)std::tolower((unsigned char)c);
+    return s;
+}
+
+// Random letter case, so that every access spells the names differently.
+std::string Shuffle(const std::string& s, std::mt19937& rng) {
+    std::string out = s;
+    for (char& c : out)
+        if (rng() & 1) c = (char)std::toupper((unsigned char)c);
+    return out;
+}
+
+}  // namespace
+
+// Random writes, deletes and reads against a model: a map from (folded key, folded name) to
+// (type, bytes). Keys are nested and spelled in random case; every read must agree with
+// the model, including the size and ERROR_MORE_DATA rules of a short buffer.
+TEST(RegistryService, AgreesWithAModelOfCaseInsensitiveNestedKeys) {
+    std::mt19937 rng(7);
+    const char* keys[] = {"Software\\QMT\\Model", "Software\\QMT\\Model\\Sub", "Software\\QMT\\Other"};
+    const char* names[] = {"", "Alpha", "beta", "Gamma Delta"};
+    std::map<std::pair<std::string, std::string>, std::pair<DWORD, std::string>> model;
+    RegistryDeleteTree(HKEY_CURRENT_USER, "Software\\QMT");
+    for (int step = 0; step < 400; ++step) {
+        std::string key = Shuffle(keys[rng() % 3], rng), name = Shuffle(names[rng() % 4], rng);
+        auto id = std::make_pair(Lower(key), Lower(name));
+        HKEY h = nullptr;
+        int op = (int)(rng() % 4);
+        if (op == 0) {  // set
+            DWORD type = (DWORD[]){REG_SZ, REG_DWORD, REG_BINARY}[rng() % 3];
+            std::string bytes;
+            size_t n = type == REG_DWORD ? 4 : rng() % 12;
+            for (size_t i = 0; i < n; ++i) bytes += (char)('a' + rng() % 26);
+            ASSERT_EQ(RegistryCreateKey(HKEY_CURRENT_USER, key.c_str(), KEY_ALL_ACCESS, &h, nullptr), ERROR_SUCCESS);
+            // A string written without its zero is stored with it.
+            ASSERT_EQ(RegistrySetValue(h, name.c_str(), type, (const BYTE*)bytes.data(), (DWORD)bytes.size()),
+                      ERROR_SUCCESS);
+            model[id] = {type, type == REG_SZ ? bytes + '\0' : bytes};
+        } else if (op == 1) {  // delete
+            LONG rc = RegistryOpenKey(HKEY_CURRENT_USER, key.c_str(), KEY_ALL_ACCESS, &h);
+            if (rc != ERROR_SUCCESS) continue;
+            EXPECT_EQ(RegistryDeleteValue(h, name.c_str()), model.erase(id) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND);
+        } else {  // read, into a buffer that may be too small
+            LONG rc = RegistryOpenKey(HKEY_CURRENT_USER, key.c_str(), KEY_READ, &h);
+            if (rc != ERROR_SUCCESS) {
+                EXPECT_EQ(rc, ERROR_FILE_NOT_FOUND);
+                continue;
+            }
+            BYTE buf[16] = {};
+            DWORD type = 99, size = (DWORD)(rng() % 14);
+            rc = RegistryQueryValue(h, name.c_str(), &type, buf, &size);
+            auto it = model.find(id);
+            if (it == model.end()) {
+                EXPECT_EQ(rc, ERROR_FILE_NOT_FOUND) << key << "/" << name;
+            } else {
+                const std::string& want = it->second.second;
+                EXPECT_EQ(type, it->second.first);
+                EXPECT_EQ(size, want.size());
+                if (rc == ERROR_SUCCESS) EXPECT_EQ(std::string((char*)buf, size), want);
+                else EXPECT_EQ(rc, ERROR_MORE_DATA);
+            }
+        }
+        RegistryCloseKey(h);
+    }
+    HKEY h = nullptr;
+    ASSERT_EQ(RegistryOpenKey(HKEY_CURRENT_USER, "software\\qmt", KEY_READ, &h), ERROR_SUCCESS);
+    char name[64];
+    DWORD n = sizeof name;
+    EXPECT_EQ(RegistryEnumKey(h, 0, name, &n), ERROR_SUCCESS);
+    EXPECT_EQ(Lower(name), "model");
+    EXPECT_EQ(RegistryEnumKey(h, 2, name, &n), ERROR_NO_MORE_ITEMS);
+    RegistryCloseKey(h);
+    EXPECT_EQ(RegistryDeleteTree(HKEY_CURRENT_USER, "SOFTWARE\\QMT"), ERROR_SUCCESS);
+    EXPECT_EQ(RegistryOpenKey(HKEY_CURRENT_USER, "Software\\QMT\\Model\\Sub", KEY_READ, &h), ERROR_FILE_NOT_FOUND);
+}
+
+TEST(RegistryService, ReportsBadHandlesPathsAndMissingKeys) {
+    HKEY h = nullptr;
+    EXPECT_EQ(RegistryOpenKey(HKEY_CURRENT_USER, "Software\\QMT\\Nowhere", KEY_READ, &h), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(RegistryCreateKey(HKEY_CURRENT_USER, "Software\\\\Double", KEY_ALL_ACCESS, &h, nullptr),
+              ERROR_BAD_PATHNAME);
+    ASSERT_EQ(RegistryCreateKey(HKEY_CURRENT_USER, "Software\\QMT\\Closed", KEY_ALL_ACCESS, &h, nullptr),
+              ERROR_SUCCESS);
+    EXPECT_EQ(RegistryCloseKey(h), ERROR_SUCCESS);
+    DWORD size = 0;
+    HKEY bogus = (HKEY)(ULONG_PTR)0x1234;
+    EXPECT_EQ(RegistryQueryValue(bogus, "x", nullptr, nullptr, &size), ERROR_INVALID_HANDLE);
+    EXPECT_NE(RegistrySetValue(bogus, "x", REG_DWORD, (const BYTE*)&size, 4), ERROR_SUCCESS);
+    RegistryDeleteTree(HKEY_CURRENT_USER, "Software\\QMT");
+}
+
+TEST(RegistryService, LocalMachineNamesTheSystem) {
+    HKEY h = nullptr;
+    ASSERT_EQ(RegistryOpenKey(HKEY_LOCAL_MACHINE, "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion", KEY_QUERY_VALUE,
+                              &h),
+              ERROR_SUCCESS);
+    char name[256] = {};
+    DWORD type = 0, size = sizeof name;
+    ASSERT_EQ(RegistryQueryValue(h, "ProductName", &type, (BYTE*)name, &size), ERROR_SUCCESS);
+    EXPECT_EQ(type, (DWORD)REG_SZ);
+    EXPECT_GT(std::string(name).size(), 0u);
+    EXPECT_EQ(size, std::string(name).size() + 1);
+    RegistryCloseKey(h);
+}
+
+#if !defined(_WIN32)
+TEST(RegistryService, PosixLocalMachineIsReadOnly) {
+    HKEY h = nullptr;
+    EXPECT_EQ(RegistryOpenKey(HKEY_LOCAL_MACHINE, "SOFTWARE", KEY_ALL_ACCESS, &h), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(RegistryCreateKey(HKEY_LOCAL_MACHINE, "SOFTWARE\\New", KEY_READ, &h, nullptr), ERROR_ACCESS_DENIED);
+    ASSERT_EQ(RegistryOpenKey(HKEY_LOCAL_MACHINE, "software", KEY_READ, &h), ERROR_SUCCESS);
+    DWORD v = 1;
+    EXPECT_EQ(RegistrySetValue(h, "x", REG_DWORD, (const BYTE*)&v, 4), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(RegistryDeleteTree(HKEY_LOCAL_MACHINE, "SOFTWARE"), ERROR_ACCESS_DENIED);
+    RegistryCloseKey(h);
+}
+#endif
+
+// ---------------------------------------------------------------------------------------
+// The library's helpers
+
+TEST(RegistryHelpers, KeepTheirTypesAndTheirQuirks) {
+    const CString key = "Software\\QMT\\Helpers";
+    EXPECT_TRUE(WriteToRegistry(key, "Text", "hello"));
+    EXPECT_TRUE(WriteDWToRegistry(key, "Number", 0xDEADBEEF));
+    const unsigned char blob[] = {0, 1, 2, 255};
+    EXPECT_TRUE(WriteBinaryToRegistry(key, "Blob", blob, sizeof blob));
+    struct {
+        const char* name;
+        DWORD type;
+    } types[] = {{"Text", REG_SZ}, {"NUMBER", REG_DWORD}, {"blob", REG_BINARY}};
+    for (auto& t : types) {
+        DWORD type = 0;
+        EXPECT_TRUE(IsInRegistry(key, t.name, &type)) << t.name;
+        EXPECT_EQ(type, t.type) << t.name;
+    }
+    EXPECT_TRUE(IsInRegistry(key, "Text", nullptr));
+    EXPECT_EQ(ReadFromRegistry(key, "text", "dflt"), "hello");
+    EXPECT_EQ(ReadDWFromRegistry(key, "Number", 7), 0xDEADBEEFu);
+    // The type is not checked: "abc" and its zero are read as a little-endian number.
+    EXPECT_EQ(ReadDWFromRegistry(key, "Text2", 7), 7u);
+    WriteToRegistry(key, "Text2", "abc");
+    EXPECT_EQ(ReadDWFromRegistry(key, "Text2", 7), 0x00636261u);
+    EXPECT_EQ(ReadDWFromRegistry(key, "Text", 7), 7u);  // 6 bytes do not fit 4
+
+    unsigned char* data = (unsigned char*)1;
+    DWORD size = 0;
+    ASSERT_TRUE(ReadBinaryFromRegistry(key, "Blob", &data, &size));
+    EXPECT_EQ(std::string((char*)data, size), std::string((const char*)blob, sizeof blob));
+    delete[] data;
+    EXPECT_FALSE(ReadBinaryFromRegistry(key, "Number", &data, &size));
+    EXPECT_EQ(data, nullptr);
+    EXPECT_FALSE(ReadBinaryFromRegistry("Software\\QMT\\Missing", "Blob", &data, &size));
+
+    DeleteFromRegistry(key, "BLOB");
+    EXPECT_FALSE(IsInRegistry(key, "Blob", nullptr));
+    DeleteFromRegistry("Software\\QMT\\NotMade", "x");  // does not create the key
+    EXPECT_FALSE(IsInRegistry("Software\\QMT\\NotMade", "", nullptr));
+    HKEY h = nullptr;
+    EXPECT_EQ(RegistryOpenKey(HKEY_CURRENT_USER, "Software\\QMT\\NotMade", KEY_READ, &h), ERROR_FILE_NOT_FOUND);
+    // Reading a missing value gives the default and makes the key.
+    EXPECT_EQ(ReadFromRegistry("Software\\QMT\\Made", "x", "dflt"), "dflt");
+    ASSERT_EQ(RegistryOpenKey(HKEY_CURRENT_USER, "Software\\QMT\\Made", KEY_READ, &h), ERROR_SUCCESS);
+    RegistryCloseKey(h);
+    RegistryDeleteTree(HKEY_CURRENT_USER, "Software\\QMT");
+}
+
+// A string of up to 199 characters reads back; from 200 on it needs more than the 200-byte
+// buffer and reads as the default.
+TEST(RegistryHelpers, StringsOf200CharactersOrMoreReadAsTheDefault) {
+    for (int length : {0, 1, 198, 199, 200, 201, 500}) {
+        CString text(length ? 'x' : ' ', length);
+        WriteToRegistry("Software\\QMT\\Long", "v", text);
+        EXPECT_EQ(ReadFromRegistry("Software\\QMT\\Long", "v", "dflt"), length < 200 ? text : CString("dflt"))
+            << length;
+    }
+    RegistryDeleteTree(HKEY_CURRENT_USER, "Software\\QMT");
+}
+
+// Threads of one process writing at once lose nothing.
+TEST(RegistryHelpers, ConcurrentWritersLoseNothing) {
+    std::vector<std::thread> threads;
+    std::atomic<int> failures{0};
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([t, &failures] {
+            for (int i = 0; i < 50; ++i) {
+                CString name;
+                name.Format("t%d_%d", t, i);
+                if (!WriteDWToRegistry("Software\\QMT\\Threads", name, (DWORD)(t * 1000 + i))) ++failures;
+            }
+        });
+    for (auto& th : threads) th.join();
+    EXPECT_EQ(failures, 0);
+    for (int t = 0; t < 4; ++t)
+        for (int i = 0; i < 50; ++i) {
+            CString name;
+            name.Format("t%d_%d", t, i);
+            EXPECT_EQ(ReadDWFromRegistry("Software\\QMT\\Threads", name, 0xFFFFFFFF), (DWORD)(t * 1000 + i));
+        }
+    RegistryDeleteTree(HKEY_CURRENT_USER, "Software\\QMT");
+}
