@@ -20,6 +20,7 @@
 #include <memory>
 #include <mutex>
 #include <set>
+#include <unordered_map>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,8 @@ struct KeyHandle {
     Hive hive;
     std::int64_t id;  // key id (current user) or node index (local machine)
     REGSAM access;
+    std::string path;     // folded full path (current user)
+    bool created = false;  // opened by RegCreateKeyEx: the key is made again if it vanishes
 };
 
 // ---------------------------------------------------------------------------------------
@@ -185,7 +188,7 @@ private:
 };
 
 void BindText(sqlite3_stmt* s, int i, const std::string& text) {
-    sqlite3_bind_text(s, i, text.data(), (int)text.size(), SQLITE_TRANSIENT);
+    sqlite3_bind_text(s, i, text.data(), (int)text.size(), SQLITE_STATIC);
 }
 
 class Store {
@@ -202,7 +205,7 @@ public:
     bool Exec(const char* sql) { return sqlite3_exec(m_db, sql, nullptr, nullptr, nullptr) == SQLITE_OK; }
     sqlite3* Db() const { return m_db; }
 
-    std::unique_ptr<Statement> findKey, findPath, insertKey, queryValue, setValue, deleteValue, keyExists,
+    std::unique_ptr<Statement> findKey, insertKey, queryValue, setValue, deleteValue, keyExists,
         enumValue, enumKey, deleteTreeValues, deleteTreeKeys;
 
 private:
@@ -241,9 +244,9 @@ bool Store::Open() {
     }
     auto prepare = [this](const char* sql) { return std::make_unique<Statement>(m_db, sql); };
     findKey = prepare("SELECT id FROM keys WHERE path = ?1");
-    findPath = prepare("SELECT path FROM keys WHERE id = ?1");
     insertKey = prepare("INSERT INTO keys(parent, name, path) VALUES(?1, ?2, ?3)");
-    queryValue = prepare("SELECT type, data FROM vals WHERE key = ?1 AND name = ?2");
+    queryValue = prepare(
+        "SELECT v.type, v.data FROM keys k LEFT JOIN vals v ON v.key = k.id AND v.name = ?2 WHERE k.id = ?1");
     setValue = prepare(
         "INSERT INTO vals(key, name, type, data) SELECT ?1, ?2, ?3, ?4 WHERE EXISTS"
         " (SELECT 1 FROM keys WHERE id = ?1) ON CONFLICT(key, name) DO UPDATE SET type = excluded.type,"
@@ -258,7 +261,7 @@ bool Store::Open() {
     deleteTreeKeys = prepare(
         "WITH RECURSIVE t(id) AS (SELECT ?1 UNION ALL SELECT k.id FROM keys k JOIN t ON k.parent = t.id)"
         " DELETE FROM keys WHERE id IN t");
-    for (auto* s : {&findKey, &findPath, &insertKey, &queryValue, &setValue, &deleteValue, &keyExists, &enumValue,
+    for (auto* s : {&findKey, &insertKey, &queryValue, &setValue, &deleteValue, &keyExists, &enumValue,
                     &enumKey, &deleteTreeValues, &deleteTreeKeys})
         if (!(*s)->Get()) {
             Close();
@@ -268,7 +271,7 @@ bool Store::Open() {
 }
 
 void Store::Close() {
-    for (auto* s : {&findKey, &findPath, &insertKey, &queryValue, &setValue, &deleteValue, &keyExists, &enumValue,
+    for (auto* s : {&findKey, &insertKey, &queryValue, &setValue, &deleteValue, &keyExists, &enumValue,
                     &enumKey, &deleteTreeValues, &deleteTreeKeys})
         s->reset();
     if (m_db) sqlite3_close_v2(m_db);
@@ -278,36 +281,32 @@ void Store::Close() {
 std::mutex g_mutex;
 Store g_store;
 std::set<KeyHandle*> g_handles;
+// Key ids by folded path, as this process last saw them. Opening a key that is here costs no
+// statement; every later statement on the key checks that it still exists, and a key that
+// another process deleted meanwhile is looked up (or, for a created key, made) again.
+std::unordered_map<std::string, std::int64_t> g_keyIds;
 
 // Resolves a handle (predefined or opened) under the lock; nullptr when it is not valid.
-const KeyHandle* Resolve(HKEY key) {
-    static const KeyHandle currentUser{Hive::CurrentUser, kRootKey, KEY_ALL_ACCESS};
-    static const KeyHandle localMachine{Hive::LocalMachine, 0, KEY_READ};
+KeyHandle* Resolve(HKEY key) {
+    static KeyHandle currentUser{Hive::CurrentUser, kRootKey, KEY_ALL_ACCESS, "", false};
+    static KeyHandle localMachine{Hive::LocalMachine, 0, KEY_READ, "", false};
     if (key == HKEY_CURRENT_USER) return &currentUser;
     if (key == HKEY_LOCAL_MACHINE) return &localMachine;
     auto it = g_handles.find(reinterpret_cast<KeyHandle*>(key));
     return it == g_handles.end() ? nullptr : *it;
 }
 
-HKEY NewHandle(Hive hive, std::int64_t id, REGSAM access) {
-    auto* h = new KeyHandle{hive, id, access};
+HKEY NewHandle(KeyHandle handle) {
+    auto* h = new KeyHandle(std::move(handle));
     g_handles.insert(h);
     return reinterpret_cast<HKEY>(h);
 }
 
 LONG StoreError() { return ERROR_BADDB; }
 
-// The folded path of a current-user key; false when the key no longer exists.
-bool KeyPath(std::int64_t id, std::string* path) {
-    Use s(*g_store.findPath);
-    sqlite3_bind_int64(s, 1, id);
-    if (sqlite3_step(s) != SQLITE_ROW) return false;
-    *path = reinterpret_cast<const char*>(sqlite3_column_text(s, 0));
-    return true;
-}
-
 // The id of the key at a folded path, or 0 when there is none (-1 on a store error).
 std::int64_t FindKey(const std::string& path) {
+    if (path.empty()) return kRootKey;
     Use s(*g_store.findKey);
     BindText(s, 1, path);
     int rc = sqlite3_step(s);
@@ -315,51 +314,70 @@ std::int64_t FindKey(const std::string& path) {
     return rc == SQLITE_DONE ? 0 : -1;
 }
 
-// Opens or creates a current-user key below a parent key; sets *id and *created.
-LONG OpenUserKey(std::int64_t parent, const std::vector<std::string>& names, bool create, std::int64_t* id,
-                 bool* created) {
-    *created = false;
-    std::string base;
-    if (!KeyPath(parent, &base)) return ERROR_KEY_DELETED;
-    std::string full = base;
-    for (const auto& n : names) full = JoinFolded(full, n);
+// Finds, or with create makes, the current-user key at a folded path whose names (in their
+// given spelling) are listed; every missing key is made in one transaction.
+LONG FindOrMakeKey(const std::string& full, const std::vector<std::string>& names, bool create, std::int64_t* id,
+                   bool* made) {
+    *made = false;
     std::int64_t found = FindKey(full);
     if (found < 0) return StoreError();
-    if (found > 0 || names.empty()) {
-        *id = names.empty() ? parent : found;
+    if (found > 0) {
+        *id = g_keyIds[full] = found;
         return ERROR_SUCCESS;
     }
     if (!create) return ERROR_FILE_NOT_FOUND;
-    // Create the missing keys, outermost first, in one transaction.
     if (!g_store.Exec("BEGIN IMMEDIATE")) return StoreError();
-    std::int64_t current = parent;
-    std::string path = base;
+    // The names below the hive's root, outermost first, and their folded paths.
+    std::vector<std::string> parts;
+    size_t start = 0;
+    for (;;) {
+        size_t end = full.find('\\', start);
+        parts.push_back(full.substr(0, end));
+        if (end == std::string::npos) break;
+        start = end + 1;
+    }
+    std::int64_t current = kRootKey;
     LONG result = ERROR_SUCCESS;
-    if (!KeyPath(parent, &path)) result = ERROR_KEY_DELETED;
-    for (size_t i = 0; result == ERROR_SUCCESS && i < names.size(); ++i) {
-        path = JoinFolded(path, names[i]);
-        std::int64_t next = FindKey(path);
+    for (size_t i = 0; result == ERROR_SUCCESS && i < parts.size(); ++i) {
+        std::int64_t next = FindKey(parts[i]);
         if (next < 0) {
             result = StoreError();
         } else if (next == 0) {
+            // Keys above the given names keep their folded spelling; the given ones their own.
+            size_t fromEnd = parts.size() - i;
+            std::string name = fromEnd <= names.size() ? names[names.size() - fromEnd]
+                                                       : parts[i].substr(parts[i].rfind('\\') + 1);
             Use s(*g_store.insertKey);
             sqlite3_bind_int64(s, 1, current);
-            BindText(s, 2, names[i]);
-            BindText(s, 3, path);
+            BindText(s, 2, name);
+            BindText(s, 3, parts[i]);
             if (sqlite3_step(s) != SQLITE_DONE) result = StoreError();
             next = sqlite3_last_insert_rowid(g_store.Db());
-            *created = true;
+            *made = true;
         }
         current = next;
     }
     if (result == ERROR_SUCCESS && !g_store.Exec("COMMIT")) result = StoreError();
     if (result != ERROR_SUCCESS) {
         g_store.Exec("ROLLBACK");
-        *created = false;
+        *made = false;
         return result;
     }
-    *id = current;
+    *id = g_keyIds[full] = current;
     return ERROR_SUCCESS;
+}
+
+// After a statement found a handle's key gone: looks it up again (made again for a created
+// key). ERROR_KEY_DELETED when it is gone for good.
+LONG Refresh(KeyHandle* h) {
+    if (h->id == kRootKey) return StoreError();
+    g_keyIds.erase(h->path);
+    std::int64_t id = 0;
+    bool made = false;
+    LONG rc = FindOrMakeKey(h->path, {}, h->created, &id, &made);
+    if (rc == ERROR_FILE_NOT_FOUND) return ERROR_KEY_DELETED;
+    if (rc == ERROR_SUCCESS) h->id = id;
+    return rc;
 }
 
 LONG OpenMachineKey(std::int64_t parent, const std::vector<std::string>& names, std::int64_t* node) {
@@ -381,22 +399,28 @@ LONG OpenOrCreate(HKEY root, const char* subKey, REGSAM access, HKEY* result, DW
     std::vector<std::string> names;
     if (LONG rc = SplitKeyPath(subKey, &names); rc != ERROR_SUCCESS) return rc;
     std::lock_guard<std::mutex> lock(g_mutex);
-    const KeyHandle* parent = Resolve(root);
+    KeyHandle* parent = Resolve(root);
     if (!parent) return ERROR_INVALID_HANDLE;
     if (parent->hive == Hive::LocalMachine) {
         if (create || WantsWrite(access)) return ERROR_ACCESS_DENIED;
         std::int64_t node = 0;
         if (LONG rc = OpenMachineKey(parent->id, names, &node); rc != ERROR_SUCCESS) return rc;
-        *result = NewHandle(Hive::LocalMachine, node, access);
+        *result = NewHandle({Hive::LocalMachine, node, access, "", false});
         if (disposition) *disposition = REG_OPENED_EXISTING_KEY;
         return ERROR_SUCCESS;
     }
     if (!g_store.Open()) return StoreError();
+    std::string full = parent->path;
+    for (const auto& n : names) full = JoinFolded(full, n);
     std::int64_t id = 0;
-    bool created = false;
-    if (LONG rc = OpenUserKey(parent->id, names, create, &id, &created); rc != ERROR_SUCCESS) return rc;
-    *result = NewHandle(Hive::CurrentUser, id, access);
-    if (disposition) *disposition = created ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
+    bool made = false;
+    if (auto it = g_keyIds.find(full); it != g_keyIds.end()) {
+        id = it->second;
+    } else if (LONG rc = FindOrMakeKey(full, names, create, &id, &made); rc != ERROR_SUCCESS) {
+        return rc;
+    }
+    *result = NewHandle({Hive::CurrentUser, id, access, full, create});
+    if (disposition) *disposition = made ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
     return ERROR_SUCCESS;
 }
 
@@ -444,7 +468,7 @@ LONG RegistryCloseKey(HKEY key) {
 LONG RegistryQueryValue(HKEY key, const char* name, DWORD* type, BYTE* data, DWORD* size) {
     std::string valueName = name ? name : "";
     std::lock_guard<std::mutex> lock(g_mutex);
-    const KeyHandle* h = Resolve(key);
+    KeyHandle* h = Resolve(key);
     if (!h) return ERROR_INVALID_HANDLE;
     if (!(h->access & KEY_QUERY_VALUE)) return ERROR_ACCESS_DENIED;
     if (h->hive == Hive::LocalMachine) {
@@ -453,14 +477,20 @@ LONG RegistryQueryValue(HKEY key, const char* name, DWORD* type, BYTE* data, DWO
         return CopyOut(REG_SZ, product.c_str(), product.size() + 1, type, data, size);
     }
     if (!g_store.Open()) return StoreError();
-    Use s(*g_store.queryValue);
-    sqlite3_bind_int64(s, 1, h->id);
-    BindText(s, 2, valueName);
-    int rc = sqlite3_step(s);
-    if (rc == SQLITE_DONE) return UserKeyExists(h->id) ? ERROR_FILE_NOT_FOUND : ERROR_KEY_DELETED;
-    if (rc != SQLITE_ROW) return StoreError();
-    return CopyOut((DWORD)sqlite3_column_int64(s, 0), sqlite3_column_blob(s, 1), (size_t)sqlite3_column_bytes(s, 1),
-                   type, data, size);
+    for (int attempt = 0;; ++attempt) {
+        Use s(*g_store.queryValue);
+        sqlite3_bind_int64(s, 1, h->id);
+        BindText(s, 2, valueName);
+        int rc = sqlite3_step(s);
+        if (rc == SQLITE_ROW) {
+            if (sqlite3_column_type(s, 0) == SQLITE_NULL) return ERROR_FILE_NOT_FOUND;
+            return CopyOut((DWORD)sqlite3_column_int64(s, 0), sqlite3_column_blob(s, 1),
+                           (size_t)sqlite3_column_bytes(s, 1), type, data, size);
+        }
+        if (rc != SQLITE_DONE) return StoreError();
+        if (attempt) return ERROR_KEY_DELETED;
+        if (LONG r = Refresh(h); r != ERROR_SUCCESS) return r;
+    }
 }
 
 LONG RegistrySetValue(HKEY key, const char* name, DWORD type, const BYTE* data, DWORD size) {
@@ -473,45 +503,60 @@ LONG RegistrySetValue(HKEY key, const char* name, DWORD type, const BYTE* data, 
     // rather than read past the caller's size.
     if ((type == REG_SZ || type == REG_EXPAND_SZ) && (bytes.empty() || bytes.back() != '\0')) bytes += '\0';
     std::lock_guard<std::mutex> lock(g_mutex);
-    const KeyHandle* h = Resolve(key);
+    KeyHandle* h = Resolve(key);
     if (!h) return ERROR_INVALID_HANDLE;
     if (h->hive == Hive::LocalMachine || !(h->access & KEY_SET_VALUE)) return ERROR_ACCESS_DENIED;
     if (!g_store.Open()) return StoreError();
-    Use s(*g_store.setValue);
-    sqlite3_bind_int64(s, 1, h->id);
-    BindText(s, 2, valueName);
-    sqlite3_bind_int64(s, 3, type);
-    sqlite3_bind_blob(s, 4, bytes.data(), (int)bytes.size(), SQLITE_TRANSIENT);
-    if (sqlite3_step(s) != SQLITE_DONE) return StoreError();
-    return sqlite3_changes(g_store.Db()) ? ERROR_SUCCESS : ERROR_KEY_DELETED;
+    for (int attempt = 0;; ++attempt) {
+        {
+            Use s(*g_store.setValue);
+            sqlite3_bind_int64(s, 1, h->id);
+            BindText(s, 2, valueName);
+            sqlite3_bind_int64(s, 3, type);
+            sqlite3_bind_blob(s, 4, bytes.data(), (int)bytes.size(), SQLITE_STATIC);
+            if (sqlite3_step(s) != SQLITE_DONE) return StoreError();
+        }
+        if (sqlite3_changes(g_store.Db())) return ERROR_SUCCESS;
+        if (attempt) return ERROR_KEY_DELETED;
+        if (LONG r = Refresh(h); r != ERROR_SUCCESS) return r;
+    }
 }
 
 LONG RegistryDeleteValue(HKEY key, const char* name) {
     std::string valueName = name ? name : "";
     std::lock_guard<std::mutex> lock(g_mutex);
-    const KeyHandle* h = Resolve(key);
+    KeyHandle* h = Resolve(key);
     if (!h) return ERROR_INVALID_HANDLE;
     if (h->hive == Hive::LocalMachine || !(h->access & KEY_SET_VALUE)) return ERROR_ACCESS_DENIED;
     if (!g_store.Open()) return StoreError();
-    Use s(*g_store.deleteValue);
-    sqlite3_bind_int64(s, 1, h->id);
-    BindText(s, 2, valueName);
-    if (sqlite3_step(s) != SQLITE_DONE) return StoreError();
+    {
+        Use s(*g_store.deleteValue);
+        sqlite3_bind_int64(s, 1, h->id);
+        BindText(s, 2, valueName);
+        if (sqlite3_step(s) != SQLITE_DONE) return StoreError();
+    }
     if (sqlite3_changes(g_store.Db())) return ERROR_SUCCESS;
-    return UserKeyExists(h->id) ? ERROR_FILE_NOT_FOUND : ERROR_KEY_DELETED;
+    if (UserKeyExists(h->id)) return ERROR_FILE_NOT_FOUND;
+    // The key went away under the handle; a key made again has no values either.
+    LONG r = Refresh(h);
+    return r == ERROR_SUCCESS ? ERROR_FILE_NOT_FOUND : r;
 }
 
 LONG RegistryDeleteTree(HKEY root, const char* subKey) {
     std::vector<std::string> names;
     if (LONG rc = SplitKeyPath(subKey, &names); rc != ERROR_SUCCESS) return rc;
     std::lock_guard<std::mutex> lock(g_mutex);
-    const KeyHandle* h = Resolve(root);
+    KeyHandle* h = Resolve(root);
     if (!h) return ERROR_INVALID_HANDLE;
     if (h->hive == Hive::LocalMachine) return ERROR_ACCESS_DENIED;
     if (!g_store.Open()) return StoreError();
+    std::string full = h->path;
+    for (const auto& n : names) full = JoinFolded(full, n);
+    g_keyIds.clear();  // ids below the key are not known by path here
     std::int64_t id = 0;
-    bool created = false;
-    if (LONG rc = OpenUserKey(h->id, names, false, &id, &created); rc != ERROR_SUCCESS) return rc;
+    bool made = false;
+    if (LONG rc = FindOrMakeKey(full, names, false, &id, &made); rc != ERROR_SUCCESS) return rc;
+    g_keyIds.clear();
     if (!g_store.Exec("BEGIN IMMEDIATE")) return StoreError();
     bool ok = true;
     {
@@ -534,7 +579,7 @@ LONG RegistryDeleteTree(HKEY root, const char* subKey) {
 LONG RegistryEnumValue(HKEY key, DWORD index, char* name, DWORD* nameSize, DWORD* type, BYTE* data, DWORD* size) {
     if (!name || !nameSize) return ERROR_INVALID_PARAMETER;
     std::lock_guard<std::mutex> lock(g_mutex);
-    const KeyHandle* h = Resolve(key);
+    KeyHandle* h = Resolve(key);
     if (!h) return ERROR_INVALID_HANDLE;
     if (!(h->access & KEY_QUERY_VALUE)) return ERROR_ACCESS_DENIED;
     std::string valueName, bytes;
@@ -567,7 +612,7 @@ LONG RegistryEnumValue(HKEY key, DWORD index, char* name, DWORD* nameSize, DWORD
 LONG RegistryEnumKey(HKEY key, DWORD index, char* name, DWORD* nameSize) {
     if (!name || !nameSize) return ERROR_INVALID_PARAMETER;
     std::lock_guard<std::mutex> lock(g_mutex);
-    const KeyHandle* h = Resolve(key);
+    KeyHandle* h = Resolve(key);
     if (!h) return ERROR_INVALID_HANDLE;
     std::string keyName;
     if (h->hive == Hive::LocalMachine) {
@@ -594,6 +639,7 @@ LONG RegistryEnumKey(HKEY key, DWORD index, char* name, DWORD* nameSize) {
 void SetRegistryStoreLocation(const char* location) {
     std::lock_guard<std::mutex> lock(g_mutex);
     g_store.SetLocation(location);
+    g_keyIds.clear();
 }
 
 }  // namespace qm::platform
