@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "utils/platform/files.h"
+
 // The C runtime's 64-bit stream positions have different names on the two runtimes.
 #if defined(_WIN32)
 #define QM_FSEEK64 _fseeki64
@@ -69,10 +71,10 @@ BOOL CFile::Open(LPCTSTR lpszFileName, UINT nOpenFlags, CFileException* pError) 
         mode = "r+b";
     }
     errno = 0;
-    FILE* f = std::fopen(lpszFileName, mode);
+    FILE* f = qm::platform::OpenFileStream(lpszFileName, mode);
     if (!f && (nOpenFlags & modeCreate) && (nOpenFlags & modeNoTruncate) && access != modeRead) {
         errno = 0;
-        f = std::fopen(lpszFileName, "w+b");  // "open or create" when the file is missing
+        f = qm::platform::OpenFileStream(lpszFileName, "w+b");  // "open or create" when the file is missing
     }
     if (!f) {
         if (pError) {

@@ -37,7 +37,8 @@ public:
     CFile(const CFile&) = delete;
     CFile& operator=(const CFile&) = delete;
 
-    // Files are always binary. The name is handed to the C runtime as given. FALSE on failure,
+    // Files are always binary. The name is a Windows path on every target (the platform's paths
+    // service finds the file it names). FALSE on failure,
     // with *pError (when given) describing it.
     virtual BOOL Open(LPCTSTR lpszFileName, UINT nOpenFlags, CFileException* pError = nullptr);
     virtual ULONGLONG GetPosition() const;
