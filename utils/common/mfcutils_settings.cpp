@@ -1,10 +1,19 @@
 #include "utils/common/mfcutils_settings.h"
 
+#include <climits>
+#include <cstdio>
 #include <cstring>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "utils/common/CVLogger.h"
+#include "utils/common/FileSystem.h"
+#include "utils/common/utils_files.h"
+#include "utils/framework/exceptions.h"
+#include "utils/platform/files.h"
 #include "utils/platform/registry.h"
+#include "utils/platform/userfiles.h"
 
 #define QM_SOURCE_MODULE "Common\\mfcutils"
 
@@ -119,4 +128,208 @@ bool WriteBinaryToRegistry(const char* pKey, const char* pValue, const unsigned 
 void DeleteFromRegistry(const char* pKey, const char* pValue) {
     Key key(pKey, false);
     if (key) qm::platform::RegistryDeleteValue(key.Get(), pValue);
+}
+
+// ---------------------------------------------------------------------------------------
+// Deferred deletion
+
+namespace {
+
+const char kFilesToDeleteOnStart[] = "FilesToDeleteOnStart";
+const char kDataPath[] = "DataPath";
+const char kDataFolder[] = "\\Quillmark Desk\\";
+
+}  // namespace
+
+void DeleteFileOnNextStartIfExists(const char* pPath) {
+    if (!pPath) return;  // nothing to register
+    const CString key = GetQMKey();
+    CString files;
+    if (IsInRegistry(key, kFilesToDeleteOnStart, nullptr)) files = ReadFromRegistry(key, kFilesToDeleteOnStart, "");
+    if (!files.IsEmpty() && files[files.GetLength() - 1] != '\r') files += '\r';
+    files += pPath;
+    bool bWriteOk = WriteToRegistry(key, kFilesToDeleteOnStart, files);
+    CVASSERT(bWriteOk);
+}
+
+void DeleteFilesOnStart() {
+    const CString key = GetQMKey();
+    if (!IsInRegistry(key, kFilesToDeleteOnStart, nullptr)) return;
+    CString files = ReadFromRegistry(key, kFilesToDeleteOnStart, "");
+    if (files.IsEmpty()) return;
+    int start = 0;
+    while (start <= files.GetLength()) {
+        int end = files.Find('\r', start);
+        if (end < 0) end = files.GetLength();
+        CString path = files.Mid(start, end - start);
+        if (!path.IsEmpty() && FileExists(path)) qm::platform::DeleteFileA(path);
+        start = end + 1;
+    }
+    DeleteFromRegistry(key, kFilesToDeleteOnStart);
+}
+
+void DeleteHTSTempFiles(const CString& csTargetPath) {
+    CVASSERT(!csTargetPath.IsEmpty());
+    CString target = csTargetPath;
+    if (!FileExists(target)) {
+        bool bTargetPathRes = FileSystem::MakePath(target) == 0;
+        if (!CVASSERT(bTargetPathRes)) return;
+    }
+    FileSystem::EnsureBackslash(target);
+    CString csPath = FileSystem::GetCurrentDirectory();
+    CVASSERT(!csPath.IsEmpty());
+    // The two patterns, each ended by a zero, and the list by a second zero, in 522 bytes. A
+    // current folder too long for that buffer is reported and not searched.
+    std::string from = std::string(csPath) + "HTS*.tmp" + '\0' + std::string(csPath) + "HTS_tmp*.*" + '\0' + '\0';
+    if (from.size() > 522) {
+        CVASSERT_TEXT("sizeof(szFrom) >= nFromLength");
+        return;
+    }
+    std::string to = std::string(target) + '\0' + '\0';
+    SHFILEOPSTRUCTA op{};
+    op.wFunc = FO_MOVE;
+    op.pFrom = from.c_str();
+    op.pTo = to.c_str();
+    op.fFlags = FOF_SILENT | FOF_RENAMEONCOLLISION | FOF_NOCONFIRMATION | FOF_FILESONLY | FOF_NOCONFIRMMKDIR |
+                FOF_NOERRORUI;  // 0x069C
+    int nResult = qm::platform::SHFileOperationA(&op);
+    const int DE_INVALIDFILES = 124;
+    CVASSERT((0 == nResult) || (2 == nResult) || (nResult == DE_INVALIDFILES));
+}
+
+void DeleteAttachmentFiles(const CString& csTargetPath) {
+    if (!CVASSERT(!csTargetPath.IsEmpty())) return;
+    // At most 261 characters, ended by two zeros.
+    char from[263] = {};
+    std::strncpy(from, csTargetPath, 261);
+    SHFILEOPSTRUCTA op{};
+    op.wFunc = FO_DELETE;
+    op.pFrom = from;
+    op.fFlags = FOF_SILENT | FOF_NOCONFIRMATION | FOF_ALLOWUNDO | FOF_NOERRORUI;  // 0x0454
+    qm::platform::SHFileOperationA(&op);
+}
+
+// ---------------------------------------------------------------------------------------
+// Locations
+
+namespace {
+
+CString DocumentsDataFolder() {
+    char documents[MAX_PATH + 1] = {};
+    qm::platform::GetDocumentsFolder(documents);
+    return CString(documents) + kDataFolder;
+}
+
+// The key's "DataPath" with a trailing backslash, or the fallback when the value is missing
+// or empty (an empty value would otherwise name the root of the current drive).
+CString DataPathOf(const CString& key, const CString& fallback) {
+    if (!IsInRegistry(key, kDataPath, nullptr)) return fallback;
+    CString path = ReadFromRegistry(key, kDataPath, fallback);
+    if (path.IsEmpty()) return fallback;
+    return FileSystem::EnsureBackslash(path);
+}
+
+}  // namespace
+
+CString GetProgramSettingsDirectory() { return DataPathOf(GetQMKey(), DocumentsDataFolder()); }
+
+CString GetPriorVersionSettingsDirectory() { return DataPathOf(GetPriorVersionQMKey(), CString()); }
+
+CString GetAssertFileDirectory() { return DocumentsDataFolder(); }
+
+CString GetIniFileName() {
+    char module[MAX_PATH + 1] = {};
+    qm::platform::GetExecutableFileName(module, MAX_PATH);
+    return FileSystem::ExtractFileName(module) + ".ini";
+}
+
+CString GetFolderLocation(const CString& csPath) {
+    int pos = csPath.ReverseFind('\\');
+    if (pos < 0) return CString();
+    if (pos == 2 && csPath[1] == ':') return csPath.Left(3);
+    return csPath.Left(pos);
+}
+
+void GetUniqueTempFileName(CString& FileName) {
+    char temp[MAX_PATH + 1] = {};
+    qm::platform::GetTempPathA(MAX_PATH, temp);
+    FileName = CString(temp) + FileSystem::ExtractFile(FileName);
+    if (FileExists(FileName)) {
+        bool bOk = GenerateAlternateName(FileName) != 0;
+        CVASSERT(bOk);
+    }
+    CVASSERT(!FileExists (FileName));
+}
+
+// ---------------------------------------------------------------------------------------
+// Files
+
+int GenerateAlternateName(CString& FileName) {
+    char drive[3], dir[256], fname[256], ext[256];
+    // A name whose parts do not fit the splitter's buffers has no alternate: it is emptied.
+    if (qm::platform::SplitPathS(FileName, drive, sizeof drive, dir, sizeof dir, fname, sizeof fname, ext,
+                                 sizeof ext) != 0) {
+        FileName.Empty();
+        return 0;
+    }
+    for (int counter = 0; counter <= 99999; ++counter) {
+        char candidate[260];
+        int n = std::snprintf(candidate, sizeof candidate, "%s%s%s%d%s", drive, dir, fname, counter, ext);
+        // A candidate longer than the 260-character buffer cannot be built: there is no
+        // alternate name then.
+        if (n < 0 || n >= (int)sizeof candidate) break;
+        if (!FileExists(candidate)) {
+            FileName = candidate;
+            return 1;
+        }
+    }
+    FileName.Empty();
+    return 0;
+}
+
+ULONGLONG GetFileLength(const char* pPath) {
+    std::uint64_t size = 0;
+    if (!pPath || !qm::platform::QueryFileStatus(pPath, nullptr, &size)) return 0;
+    return size;
+}
+
+ULONGLONG LoadFileToString(CString& text, const char* pPath, bool bConvertUnicode) {
+    text.Empty();
+    CFile file;
+    if (!pPath || !file.Open(pPath, CFile::modeRead | CFile::shareDenyWrite)) return 0;
+    try {
+        ULONGLONG dwFileLength = file.GetLength();
+        // A string holds at most 2^31 - 1 characters: a larger file is not loaded.
+        if (dwFileLength == 0 || dwFileLength >= (ULONGLONG)INT_MAX) {
+            file.Close();
+            return 0;
+        }
+        char* buffer = text.GetBuffer((int)dwFileLength);
+        UINT dwRead = file.Read(buffer, (UINT)dwFileLength);
+        text.ReleaseBuffer((int)dwRead);
+        CVASSERT(dwRead == dwFileLength);
+        file.Close();
+        if (bConvertUnicode && qm::platform::HasUnicodeSignature(text.GetString(), (int)dwRead)) {
+            // The characters after the signature: the length in bytes halved, minus one.
+            int count = (int)(dwRead / 2) - 1;
+            std::vector<std::uint16_t> wide((size_t)count + 1);
+            std::memcpy(wide.data(), text.GetString() + 2, (size_t)count * 2);
+            int needed = qm::platform::UnicodeToAnsi(wide.data(), count, nullptr, 0);
+            std::unique_ptr<char[]> szMBBuff(new (std::nothrow) char[(size_t)needed + 1]);
+            if (!CVASSERT(szMBBuff)) return dwFileLength;
+            int n = count ? qm::platform::UnicodeToAnsi(wide.data(), count, szMBBuff.get(), needed) : 0;
+            text = CString(szMBBuff.get(), n);
+        }
+        return dwFileLength;
+    } catch (CFileException* e) {
+        e->Delete();
+        text.Empty();
+        file.Abort();
+        return 0;
+    }
+}
+
+void WriteStringToAnsiFile(CFile* pFile, const CString& text) {
+    if (!pFile) return;  // no file to write to
+    pFile->Write(text.GetString(), (UINT)text.GetLength());
 }

@@ -39,3 +39,54 @@ MFCQMUTILS_API bool WriteBinaryToRegistry(const char* pKey, const char* pValue, 
                                           DWORD dwSize);
 // Opens the key without creating it and deletes the value.
 MFCQMUTILS_API void DeleteFromRegistry(const char* pKey, const char* pValue);
+
+// ---------------------------------------------------------------------------------------
+// Deferred deletion
+
+// Adds path to the value "FilesToDeleteOnStart" of the product key (paths separated by one
+// carriage return). The value is read in 200 bytes: once it has grown to 200 characters it
+// reads as empty and the next registration replaces it by the single new path.
+MFCQMUTILS_API void DeleteFileOnNextStartIfExists(const char* pPath);
+// Deletes every listed file that exists (failures are ignored) and removes the value; an
+// empty value is left as it is.
+MFCQMUTILS_API void DeleteFilesOnStart();
+// Moves "HTS*.tmp" and "HTS_tmp*.*" of the current folder into csTargetPath (made when
+// missing), renaming on collision.
+MFCQMUTILS_API void DeleteHTSTempFiles(const CString& csTargetPath);
+// Sends the files or folder that the path (or its pattern) names to the recycle bin (POSIX:
+// the freedesktop.org trash).
+MFCQMUTILS_API void DeleteAttachmentFiles(const CString& csTargetPath);
+
+// ---------------------------------------------------------------------------------------
+// Locations
+
+// The user's documents folder + "\Quillmark Desk\", or the product key's "DataPath" (with a
+// trailing backslash) when it is set.
+MFCQMUTILS_API CString GetProgramSettingsDirectory();
+// The prior version's "DataPath" with a trailing backslash, or "" when it is not set.
+MFCQMUTILS_API CString GetPriorVersionSettingsDirectory();
+// The documents folder + "\Quillmark Desk\", never the registry value.
+MFCQMUTILS_API CString GetAssertFileDirectory();
+// The executable's name without folder and extension, + ".ini" ("host.ini").
+MFCQMUTILS_API CString GetIniFileName();
+// The path up to its last backslash, without it, except at a drive root ("C:\x" gives
+// "C:\"); "" when there is no backslash.
+MFCQMUTILS_API CString GetFolderLocation(const CString& csPath);
+// The name becomes the temporary folder + its name-and-extension part, made unique with
+// GenerateAlternateName when something exists there.
+MFCQMUTILS_API void GetUniqueTempFileName(CString& FileName);
+
+// ---------------------------------------------------------------------------------------
+// Files
+
+// Replaces the name by the first of name0, name1, ... name99999 (the counter before the
+// extension) at which nothing exists and returns 1; when all exist, empties it and returns 0.
+MFCQMUTILS_API int GenerateAlternateName(CString& FileName);
+// The file's size; 0 when its status cannot be read.
+MFCQMUTILS_API ULONGLONG GetFileLength(const char* pPath);
+// Reads the whole file into text (empty when it cannot be read). With bConvertUnicode, a file
+// that starts with the UTF-16 little-endian signature is converted to the ANSI code page.
+// Returns the file's length in bytes (0 when nothing was read).
+MFCQMUTILS_API ULONGLONG LoadFileToString(CString& text, const char* pPath, bool bConvertUnicode);
+// Writes the string's characters (no terminating zero, no conversion) at the file's position.
+MFCQMUTILS_API void WriteStringToAnsiFile(CFile* pFile, const CString& text);
