@@ -43,7 +43,9 @@ public:
     void SetUp() override {
         std::random_device rd;
         std::string tag = "qmreg-" + std::to_string(rd() % 1000000000u);
-        fs::path dir = fs::temp_directory_path() / tag;
+        // Beside the program rather than in the temporary folder: a tracked file in a subfolder
+        // of the temporary folder takes that subfolder with it when it is deleted.
+        fs::path dir = fs::current_path() / tag;
         fs::create_directories(dir);
         g_native = dir.string();
         if (g_native.back() != '/' && g_native.back() != '\\') g_native += fs::path::preferred_separator;
