@@ -30,8 +30,8 @@ MFCQMUTILS_API LONG RegistryCloseKey(HKEY key);
 // size are given; a buffer smaller than the value gives ERROR_MORE_DATA with *size set to
 // the size needed. A null or empty name is the key's default value.
 MFCQMUTILS_API LONG RegistryQueryValue(HKEY key, const char* name, DWORD* type, BYTE* data, DWORD* size);
-// RegSetValueExA(key, name, 0, type, data, size). A string value (REG_SZ, REG_EXPAND_SZ)
-// is stored with its terminating zero even when size leaves it out.
+// RegSetValueExA(key, name, 0, type, data, size). A non-empty string value (REG_SZ,
+// REG_EXPAND_SZ) is stored with its terminating zero even when size leaves it out.
 MFCQMUTILS_API LONG RegistrySetValue(HKEY key, const char* name, DWORD type, const BYTE* data, DWORD size);
 // RegDeleteValueA.
 MFCQMUTILS_API LONG RegistryDeleteValue(HKEY key, const char* name);

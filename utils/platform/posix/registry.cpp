@@ -108,8 +108,8 @@ std::string Fold(const std::string& text) {
     return out;
 }
 
-// Splits a subkey text into its names. An empty name (a leading or doubled backslash) is a
-// bad path; one trailing backslash is allowed.
+// Splits a subkey text into its names. A leading backslash is a bad path; doubled and
+// trailing backslashes are passed over, as the Windows target does.
 LONG SplitKeyPath(const char* subKey, std::vector<std::string>* names) {
     names->clear();
     if (!subKey || !*subKey) return ERROR_SUCCESS;
@@ -119,9 +119,9 @@ LONG SplitKeyPath(const char* subKey, std::vector<std::string>* names) {
     for (;;) {
         size_t end = text.find('\\', start);
         std::string name = text.substr(start, end == std::string::npos ? std::string::npos : end - start);
-        if (name.empty()) return ERROR_BAD_PATHNAME;
+        if (name.empty() && start == 0) return ERROR_BAD_PATHNAME;
         if (name.size() > kMaxKeyNameLength) return ERROR_INVALID_PARAMETER;
-        names->push_back(name);
+        if (!name.empty()) names->push_back(name);
         if (end == std::string::npos) break;
         start = end + 1;
     }
@@ -501,7 +501,7 @@ LONG RegistrySetValue(HKEY key, const char* name, DWORD type, const BYTE* data, 
     // A string stored without its terminating zero gets one, so that a reader sees the same
     // value (and needs the same buffer) as when the zero was counted. The zero is appended
     // rather than read past the caller's size.
-    if ((type == REG_SZ || type == REG_EXPAND_SZ) && (bytes.empty() || bytes.back() != '\0')) bytes += '\0';
+    if ((type == REG_SZ || type == REG_EXPAND_SZ) && !bytes.empty() && bytes.back() != '\0') bytes += '\0';
     std::lock_guard<std::mutex> lock(g_mutex);
     KeyHandle* h = Resolve(key);
     if (!h) return ERROR_INVALID_HANDLE;
