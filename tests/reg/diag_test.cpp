@@ -4,7 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "tests/reg/reg_env.h"
 #include "tests/support/recording_sink.h"
+#include "utils/common/FileSystem.h"
+#include "utils/platform/sysinfo.h"
 #include "utils/common/mfcutils.h"
 #include "utils/module/MFCQMUtils.h"
 #include "utils/platform/messagebox.h"
@@ -90,4 +93,28 @@ TEST(SystemDiagnostics, MemoryAndSecurityTracesHaveTheirFormats) {
         " *[0-9a-f]+ free Kbytes of extended memory\\.\\n"
         "Elevation type: [123]\\n");
     EXPECT_TRUE(std::regex_match(trace.Text(), shape)) << trace.Text();
+}
+
+// Free space with a size adds the size rounded up to whole clusters. Other programs change
+// the free space meanwhile, so a few rounds are allowed to find a quiet moment.
+TEST(SystemDiagnostics, FreeDiskSpaceRoundsTheSizeToClusters) {
+    const CString path = regtest::Folder().c_str();
+    DWORD spc = 0, bps = 0, freeClusters = 0, total = 0;
+    ASSERT_TRUE(qm::platform::DiskFreeSpace(FileSystem::ExtractDrive(path), &spc, &bps, &freeClusters, &total));
+    const ULONGLONG cluster = (ULONGLONG)spc * bps;
+    bool exact = false;
+    for (int round = 0; round < 10 && !exact; ++round) {
+        ULONGLONG plain = FreeDiskSpace(path, 0), one = FreeDiskSpace(path, 1),
+                  more = FreeDiskSpace(path, (DWORD)cluster + 1), again = FreeDiskSpace(path, 0);
+        exact = plain == again && one == plain + cluster && more == plain + 2 * cluster;
+    }
+    EXPECT_TRUE(exact);
+    EXPECT_NE(FreeDiskSpace(), 0u);
+    EXPECT_EQ(FreeDiskSpace("Q:\\nowhere\\file.txt", 0), ~0ULL);
+
+    qmtest::RecordingTraceSink trace;
+    TraceDiskInfo(FileSystem::ExtractDrive(path));
+    EXPECT_TRUE(std::regex_match(trace.Text(), std::regex("Disk space for .*: FreeMBsAvailableToCaller = \\d+; "
+                                                          "TotalNumberOfMBs = \\d+; TotalNumberOfFreeMBs = \\d+\\n")))
+        << trace.Text();
 }

@@ -4,8 +4,10 @@
 #include <vector>
 
 #include "utils/common/CVLogger.h"
+#include "utils/common/FileSystem.h"
 #include "utils/common/utils_text.h"
 #include "utils/module/MFCQMUtils.h"
+#include "utils/platform/files.h"
 #include "utils/platform/messagebox.h"
 #include "utils/platform/registry.h"
 #include "utils/platform/sysinfo.h"
@@ -57,6 +59,57 @@ CString GetOSName() {
     }
     qm::platform::RegistryCloseKey(hKey);
     return name;
+}
+
+ULONGLONG FreeDiskSpace(const CString& path, DWORD size) {
+    const ULONGLONG kFailed = ~0ULL;
+    qm::platform::DiskFreeSpaceExProc freeSpaceEx = qm::platform::FindDiskFreeSpaceEx("kernel32.dll");
+    CString root = FileSystem::ExtractDrive(path);
+    const char* rootText = root.IsEmpty() ? nullptr : root.GetString();
+    ULONGLONG freeSpace = 0, clusterSize = 0;
+    if (!freeSpaceEx || size != 0) {
+        DWORD sectorsPerCluster = 0, bytesPerSector = 0, freeClusters = 0, totalClusters = 0;
+        if (!qm::platform::DiskFreeSpace(rootText, &sectorsPerCluster, &bytesPerSector, &freeClusters, &totalClusters))
+            return kFailed;
+        clusterSize = (ULONGLONG)sectorsPerCluster * bytesPerSector;
+        freeSpace = (ULONGLONG)freeClusters * clusterSize;
+    }
+    if (freeSpaceEx) {
+        ULONGLONG available = 0, total = 0, totalFree = 0;
+        if (!freeSpaceEx(rootText, &available, &total, &totalFree)) return kFailed;
+        freeSpace = available;
+    }
+    // A volume that reports no cluster size adds the size as it is.
+    if (size != 0) freeSpace += clusterSize ? (size + clusterSize - 1) / clusterSize * clusterSize : size;
+    return freeSpace;
+}
+
+ULONGLONG FreeDiskSpace() {
+    char current[260] = {};
+    DWORD n = qm::platform::GetCurrentDirectoryA(sizeof current, current);
+    if (n == 0 || n >= sizeof current) return 0;
+    return FreeDiskSpace(current, 0);
+}
+
+void TraceDiskInfo(const char* pRoot) {
+    const char* root = pRoot ? pRoot : "";
+    void* library = nullptr;
+    qm::platform::DiskFreeSpaceExProc freeSpaceEx = qm::platform::LoadDiskFreeSpaceEx("KERNEL32.DLL", &library);
+    BOOL result;
+    if (freeSpaceEx) {
+        ULONGLONG available = 0, total = 0, totalFree = 0;
+        result = freeSpaceEx(pRoot, &available, &total, &totalFree);
+        _cvtrace_("Disk space for %s: FreeMBsAvailableToCaller = %d; TotalNumberOfMBs = %d; TotalNumberOfFreeMBs = %d\n",
+                  root, (int)(available >> 20), (int)(total >> 20), (int)(totalFree >> 20));
+    } else {
+        DWORD sectorsPerCluster = 0, bytesPerSector = 0, freeClusters = 0, totalClusters = 0;
+        result = qm::platform::DiskFreeSpace(pRoot, &sectorsPerCluster, &bytesPerSector, &freeClusters, &totalClusters);
+        // Computed in 32 bits: it wraps on large disks.
+        DWORD bytes = freeClusters * bytesPerSector * sectorsPerCluster;
+        _cvtrace_("Disk space for %s = %d\n", root, (int)bytes);
+    }
+    if (result != 1) CVASSERT_TEXT("FALSE");
+    qm::platform::ReleaseDiskLibrary(library);
 }
 
 void FileError(const char* pPrefix, const char* pFileName, LONG code) {
