@@ -145,19 +145,19 @@ TEST_F(Folders, CurrentFolderAndDrive) {
 
 TEST_F(Folders, LongShortAndRelativeFormsOfExistingPaths) {
     Folder("Sub");
-    Touch("Sub\\MixedCase.txt");
-    CString spelled = At("sub\\mixedcase.TXT");
+    Touch("Sub\\Mixed.txt");
+    CString spelled = At("sub\\MIXED.TXT");
     EXPECT_EQ(FileSystem::MakeLong(spelled), 1);
-    EXPECT_STREQ(spelled, At("Sub\\MixedCase.txt"));
+    EXPECT_STREQ(spelled, At("Sub\\Mixed.txt"));
     CString missing = At("none.txt");
     EXPECT_EQ(FileSystem::MakeLong(missing), 0);
     EXPECT_STREQ(missing, At("none.txt"));
 
-    EXPECT_STREQ(FileSystem::GetRelativePath(At("SUB\\MIXEDCASE.TXT"), At("base.doc")), "Sub\\MixedCase.txt");
+    EXPECT_STREQ(FileSystem::GetRelativePath(At("SUB\\MIXED.TXT"), At("base.doc")), "Sub\\Mixed.txt");
     Touch("Sub\\base.doc");
     EXPECT_STREQ(FileSystem::GetAbsolutePath("x.txt", At("sub\\BASE.doc")), At("Sub\\x.txt"));
 
-    CString shortForm = At("Sub\\MixedCase.txt");
+    CString shortForm = At("Sub\\Mixed.txt");
     EXPECT_EQ(FileSystem::MakeFullShort(shortForm), 1);
     EXPECT_TRUE(FileSystem::FileExists(shortForm));
     CString unc = "\\\\server\\share\\x";

@@ -66,7 +66,8 @@ FileSystem::CFileItr::~CFileItr() {
 
 bool FileSystem::CFileItr::First() {
     if (m_hFind != INVALID_HANDLE_VALUE) fs::FindClose(m_hFind);
-    m_hFind = fs::FindFirstFileA(m_sPattern, &m_FindData);
+    // Only the name and the attributes of an entry are read: the search may leave the rest.
+    m_hFind = fs::FindFirstFileNamesA(m_sPattern, &m_FindData);
     m_bValid = m_hFind != INVALID_HANDLE_VALUE;
     while (IsValid() && IsDotEntry(m_FindData.cFileName)) m_bValid = fs::FindNextFileA(m_hFind, &m_FindData);
     return IsValid();

@@ -58,6 +58,12 @@ MFCQMUTILS_API DWORD GetFileAttributesA(LPCSTR path);
 MFCQMUTILS_API BOOL SetFileAttributesA(LPCSTR path, DWORD attributes);
 MFCQMUTILS_API HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data);
 MFCQMUTILS_API BOOL FindNextFileA(HANDLE find, WIN32_FIND_DATAA* data);
+// A search for callers that read only the names and the directory and hidden attributes of
+// the entries (FileSystem::CFileItr): on Windows FindFirstFileExA with the basic information
+// level and large fetches; on POSIX an entry whose type the folder listing gives is not asked
+// about further, so sizes, times and the read-only attribute stay zero. Go on with
+// FindNextFileA and end with FindClose, as for FindFirstFileA.
+MFCQMUTILS_API HANDLE FindFirstFileNamesA(LPCSTR pattern, WIN32_FIND_DATAA* data);
 MFCQMUTILS_API BOOL FindClose(HANDLE find);
 MFCQMUTILS_API DWORD GetFullPathNameA(LPCSTR path, DWORD bufferLength, LPSTR buffer, LPSTR* filePart);
 MFCQMUTILS_API DWORD GetLongPathNameA(LPCSTR shortPath, LPSTR longPath, DWORD bufferLength);

@@ -310,68 +310,79 @@ std::string Backslashed(std::string s) {
 
 }  // namespace
 
-std::string RemoteNameFromMountTable(const std::string& table, const std::string& nativeDir) {
-    std::string dir = nativeDir;
-    while (dir.size() > 1 && dir.back() == '/') dir.pop_back();
-    std::string bestMount, bestDevice, bestType;
+namespace {
+
+struct Mount {
+    std::string device, dir, type;
+};
+
+// The first three fields of each line of a mount table, octal escapes ("\040") decoded.
+std::vector<Mount> ParseMounts(const std::string& table) {
+    std::vector<Mount> mounts;
     size_t pos = 0;
     while (pos < table.size()) {
         size_t eol = table.find('\n', pos);
-        std::string line = table.substr(pos, eol == std::string::npos ? std::string::npos : eol - pos);
-        pos = eol == std::string::npos ? table.size() : eol + 1;
+        if (eol == std::string::npos) eol = table.size();
         std::string fields[3];
-        size_t f = 0, i = 0;
-        while (f < 3 && i < line.size()) {
-            while (i < line.size() && (line[i] == ' ' || line[i] == '\t')) ++i;
+        size_t f = 0, i = pos;
+        while (f < 3 && i < eol) {
+            while (i < eol && (table[i] == ' ' || table[i] == '\t')) ++i;
             size_t start = i;
-            while (i < line.size() && line[i] != ' ' && line[i] != '\t') ++i;
-            if (i > start) fields[f++] = Unescape(line.substr(start, i - start));
+            while (i < eol && table[i] != ' ' && table[i] != '\t') ++i;
+            if (i > start) fields[f++] = Unescape(table.substr(start, i - start));
         }
+        pos = eol + 1;
         if (f < 3 || fields[0][0] == '#') continue;
-        std::string mount = fields[1];
-        while (mount.size() > 1 && mount.back() == '/') mount.pop_back();
-        // The deepest mount holding the folder wins; a later mount on the same point hides an
-        // earlier one.
-        if (Covers(mount, dir) && mount.size() >= bestMount.size()) {
-            bestMount = mount;
-            bestDevice = fields[0];
-            bestType = fields[2];
-        }
+        while (fields[1].size() > 1 && fields[1].back() == '/') fields[1].pop_back();
+        mounts.push_back({fields[0], fields[1], fields[2]});
     }
-    std::string remote;
-    if ((bestType == "cifs" || bestType == "smb3" || bestType == "smbfs") && bestDevice.size() > 2 &&
-        IsSlash(bestDevice[0]) && IsSlash(bestDevice[1])) {
-        remote = Backslashed(bestDevice);
-    } else if (bestType == "nfs" || bestType == "nfs4") {
-        size_t colon = bestDevice.find(':');
-        if (colon == std::string::npos || colon == 0) return std::string();
-        std::string exportPath = bestDevice.substr(colon + 1);
-        if (exportPath.empty() || exportPath[0] != '/') exportPath = "/" + exportPath;
-        remote = Backslashed("\\\\" + bestDevice.substr(0, colon) + (exportPath == "/" ? "" : exportPath));
-    } else {
-        return std::string();
-    }
-    if (dir.size() > bestMount.size()) remote += Backslashed(dir.substr(bestMount == "/" ? 0 : bestMount.size()));
+    return mounts;
+}
+
+// The share a network mount shows, "" for other file systems.
+std::string RemoteOf(const Mount& m) {
+    if (m.type == "cifs" || m.type == "smb3" || m.type == "smbfs")
+        return m.device.size() > 2 && IsSlash(m.device[0]) && IsSlash(m.device[1]) ? Backslashed(m.device) : std::string();
+    if (m.type != "nfs" && m.type != "nfs4") return std::string();
+    size_t colon = m.device.find(':');
+    if (colon == std::string::npos || colon == 0) return std::string();
+    std::string exportPath = m.device.substr(colon + 1);
+    if (exportPath.empty() || exportPath[0] != '/') exportPath = "/" + exportPath;
+    return Backslashed("\\\\" + m.device.substr(0, colon) + (exportPath == "/" ? "" : exportPath));
+}
+
+// The mount that holds a folder: the deepest one, and of two on the same point the later.
+const Mount* Holder(const std::vector<Mount>& mounts, const std::string& dir) {
+    const Mount* best = nullptr;
+    for (const auto& m : mounts)
+        if (Covers(m.dir, dir) && (!best || m.dir.size() >= best->dir.size())) best = &m;
+    return best;
+}
+
+}  // namespace
+
+std::string RemoteNameFromMountTable(const std::string& table, const std::string& nativeDir) {
+    std::string dir = nativeDir;
+    while (dir.size() > 1 && dir.back() == '/') dir.pop_back();
+    std::vector<Mount> mounts = ParseMounts(table);
+    const Mount* m = Holder(mounts, dir);
+    std::string remote = m ? RemoteOf(*m) : std::string();
+    if (remote.empty()) return remote;
+    if (dir.size() > m->dir.size()) remote += Backslashed(dir.substr(m->dir == "/" ? 0 : m->dir.size()));
     return remote;
 }
 
 std::vector<std::pair<std::string, std::string>> NetworkMounts(const std::string& table) {
-    std::vector<std::pair<std::string, std::string>> mounts;
-    size_t pos = 0;
-    while (pos < table.size()) {
-        size_t eol = table.find('\n', pos);
-        std::string line = table.substr(pos, eol == std::string::npos ? std::string::npos : eol - pos);
-        pos = eol == std::string::npos ? table.size() : eol + 1;
-        size_t a = line.find_first_of(" \t");
-        if (a == std::string::npos) continue;
-        size_t b = line.find_first_not_of(" \t", a);
-        if (b == std::string::npos) continue;
-        size_t c = line.find_first_of(" \t", b);
-        std::string mount = Unescape(line.substr(b, c == std::string::npos ? std::string::npos : c - b));
-        std::string remote = RemoteNameFromMountTable(table, mount);
-        if (!remote.empty()) mounts.emplace_back(remote, mount);
+    std::vector<Mount> mounts = ParseMounts(table);
+    std::vector<std::pair<std::string, std::string>> shares;
+    for (size_t i = 0; i < mounts.size(); ++i) {
+        std::string remote = RemoteOf(mounts[i]);
+        if (remote.empty()) continue;
+        bool hidden = false;
+        for (size_t j = i + 1; j < mounts.size() && !hidden; ++j) hidden = mounts[j].dir == mounts[i].dir;
+        if (!hidden) shares.emplace_back(remote, mounts[i].dir);
     }
-    return mounts;
+    return shares;
 }
 
 }  // namespace qm::platform

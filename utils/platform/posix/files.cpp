@@ -21,6 +21,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -527,7 +528,20 @@ struct Search {
     bool matchAll = false;
     int dots = 2;  // "." and ".." still to give: 0 = both, 1 = "..", 2 = none
     bool single = false;
+    bool namesOnly = false;  // fill names and the directory and hidden attributes only
 };
+
+void FillNameOnly(const char* name, bool directory, WIN32_FIND_DATAA* data) {
+    std::memset(data, 0, offsetof(WIN32_FIND_DATAA, cFileName));
+    data->dwFileAttributes = directory ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
+    if (name[0] == '.' && std::strcmp(name, ".") != 0 && std::strcmp(name, "..") != 0)
+        data->dwFileAttributes |= FILE_ATTRIBUTE_HIDDEN;
+    size_t n = std::strlen(name);
+    if (n >= sizeof data->cFileName) n = sizeof data->cFileName - 1;
+    std::memcpy(data->cFileName, name, n);
+    data->cFileName[n] = '\0';
+    data->cAlternateFileName[0] = '\0';
+}
 
 std::mutex g_searchLock;
 std::unordered_set<Search*>& LiveSearches() {
@@ -556,6 +570,10 @@ bool NextEntry(Search* s, WIN32_FIND_DATAA* data) {
         const char* name = e->d_name;
         if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'))) continue;
         if (!s->matchAll && !MatchWildcard(s->mask.c_str(), name)) continue;
+        if (s->namesOnly && e->d_type != DT_UNKNOWN && e->d_type != DT_LNK) {
+            FillNameOnly(name, e->d_type == DT_DIR, data);
+            return true;
+        }
         struct stat st;
         if (fstatat(dirfd(s->dir), name, &st, 0) != 0 && fstatat(dirfd(s->dir), name, &st, AT_SYMLINK_NOFOLLOW) != 0)
             continue;  // removed meanwhile
@@ -781,7 +799,11 @@ int ExpandSources(const std::vector<std::string>& items, bool filesOnly, std::ve
         }
         std::string native;
         struct stat st;
-        if (!Native(item.c_str(), native) || lstat(native.c_str(), &st) != 0) return DE_ERROR_UNKNOWN;
+        FullPath fp;
+        if (!MakeFull(item.c_str(), fp) || !NativeOf(fp, native) || lstat(native.c_str(), &st) != 0)
+            return DE_ERROR_UNKNOWN;
+        // A drive or a share itself is never copied, moved or deleted as an item.
+        if (fp.parts.empty()) return ERROR_ACCESS_DENIED;
         out.push_back({native, BaseName(native)});
     }
     return 0;
@@ -935,7 +957,9 @@ BOOL SetFileAttributesA(LPCSTR path, DWORD attributes) {
     return TRUE;
 }
 
-HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) {
+namespace {
+
+HANDLE StartSearch(LPCSTR pattern, WIN32_FIND_DATAA* data, bool namesOnly) {
     if (!pattern || !data) {
         Fail(ERROR_INVALID_PARAMETER);
         return INVALID_HANDLE_VALUE;
@@ -959,6 +983,7 @@ HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) {
     std::string native;
     if (!MakeFull(folder.c_str(), fp) || !NativeOf(fp, native)) return INVALID_HANDLE_VALUE;
     auto* s = new Search;
+    s->namesOnly = namesOnly;
     s->mask = mask;
     s->matchAll = mask == "*" || mask == "*.*";
     s->dir = opendir(native.c_str());
@@ -992,6 +1017,12 @@ HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) {
     LiveSearches().insert(s);
     return (HANDLE)s;
 }
+
+}  // namespace
+
+HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) { return StartSearch(pattern, data, false); }
+
+HANDLE FindFirstFileNamesA(LPCSTR pattern, WIN32_FIND_DATAA* data) { return StartSearch(pattern, data, true); }
 
 BOOL FindNextFileA(HANDLE find, WIN32_FIND_DATAA* data) {
     auto* s = (Search*)find;
@@ -1216,7 +1247,9 @@ BOOL DeleteFileA(LPCSTR path) {
     std::string native;
     if (!Native(path, native)) return FALSE;
     struct stat st;
-    if (lstat(native.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) return Fail(ERROR_ACCESS_DENIED), FALSE;
+    // Windows refuses to delete a read-only file (one without write permission here).
+    if (lstat(native.c_str(), &st) == 0 && (S_ISDIR(st.st_mode) || (S_ISREG(st.st_mode) && !(st.st_mode & 0222))))
+        return Fail(ERROR_ACCESS_DENIED), FALSE;
     if (unlink(native.c_str()) != 0) return FailErrno(native);
     return TRUE;
 }

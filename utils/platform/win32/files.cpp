@@ -41,6 +41,9 @@ DWORD GetFileAttributesA(LPCSTR path) { return ::GetFileAttributesA(path); }
 BOOL SetFileAttributesA(LPCSTR path, DWORD attributes) { return ::SetFileAttributesA(path, attributes); }
 HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) { return ::FindFirstFileA(pattern, data); }
 BOOL FindNextFileA(HANDLE find, WIN32_FIND_DATAA* data) { return ::FindNextFileA(find, data); }
+HANDLE FindFirstFileNamesA(LPCSTR pattern, WIN32_FIND_DATAA* data) {
+    return ::FindFirstFileExA(pattern, FindExInfoBasic, data, FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
+}
 BOOL FindClose(HANDLE find) { return ::FindClose(find); }
 
 DWORD GetFullPathNameA(LPCSTR path, DWORD bufferLength, LPSTR buffer, LPSTR* filePart) {
