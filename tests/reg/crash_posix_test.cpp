@@ -45,6 +45,7 @@ int RunChild(const std::string& role) {
     if (role == "list") {  // keeps the newest entries of a growing sequence
         CTempList list(std::getenv("QMREG_LIST"));
         list.RemoveAll();
+        Say("ready");
         for (long i = 0;; ++i) {
             new CTempFile(Entry(i).c_str(), &list);
             if (list.GetCount() > kLiveEntries) delete list.GetHead();
@@ -96,6 +97,17 @@ Child Start(const std::string& role, const std::vector<std::string>& extra) {
     close(fds[1]);
     child.output = fds[0];
     return child;
+}
+
+// Reads up to the first line break (the child has started its work), or to the end.
+std::string FirstLine(int fd) {
+    std::string out;
+    char c;
+    while (read(fd, &c, 1) == 1) {
+        out += c;
+        if (c == '\n') break;
+    }
+    return out;
 }
 
 std::string Drain(int fd) {
@@ -156,8 +168,9 @@ TEST(CrashPosix, StoreKeepsEveryAcknowledgedWriteThroughKills) {
     for (int round = 0; round < 200; ++round) {
         Child child = Start("store", {"QMREG_BASE=" + std::to_string(base)});
         ASSERT_GT(child.pid, 0);
-        KillAfter(child, (int)(rng() % 15000));
-        std::string out = Drain(child.output);
+        std::string out = FirstLine(child.output);
+        KillAfter(child, (int)(rng() % 5000));
+        out += Drain(child.output);
         for (size_t pos = 0, end; (end = out.find('\n', pos)) != std::string::npos; pos = end + 1) {
             std::string name = out.substr(pos, end - pos);
             ASSERT_EQ(ReadDWFromRegistry(kCrashKey, name.c_str(), 0xFFFFFFFF), (DWORD)std::atol(name.c_str() + 1))
@@ -180,7 +193,10 @@ TEST(CrashPosix, ListFileIsAlwaysACompleteState) {
     for (int round = 0; round < 200; ++round) {
         Child child = Start("list", {"QMREG_LIST=" + list});
         ASSERT_GT(child.pid, 0);
-        KillAfter(child, (int)(rng() % 15000));
+        // Every other round waits until the writer has adopted the last list; the others may
+        // also kill it during the adoption.
+        if (round % 2) FirstLine(child.output);
+        KillAfter(child, (int)(rng() % 5000));
         Drain(child.output);
         std::string bytes = regtest::ReadFile(list);
         ASSERT_TRUE(IsCompleteListState(bytes)) << round << ": " << bytes;
