@@ -32,6 +32,14 @@ void Say(const std::string& line) {
 
 std::string Entry(long n) { return "Z:\\crash\\f" + std::to_string(n); }
 
+// The value that process p writes as its i-th in the concurrency test: key, name.
+std::pair<CString, CString> MultiValue(long p, int i) {
+    CString key, name;
+    key.Format("Software\\QMT\\Multi\\k%d", i % 5);
+    name.Format("p%ld_%d", p, i);
+    return {key, name};
+}
+
 // The child roles. Each runs before the test framework starts and never returns.
 int RunChild(const std::string& role) {
     long base = std::atol(std::getenv("QMREG_BASE") ? std::getenv("QMREG_BASE") : "0");
@@ -53,9 +61,7 @@ int RunChild(const std::string& role) {
     }
     if (role == "multi") {
         for (int i = 0; i < 100; ++i) {
-            CString key, name;
-            key.Format("Software\\QMT\\Multi\\k%d", i % 5);
-            name.Format("p%ld_%d", base, i);
+            auto [key, name] = MultiValue(base, i);
             if (!WriteDWToRegistry(key, name, (DWORD)(base * 1000 + i))) _exit(5);
         }
         _exit(0);
@@ -99,21 +105,14 @@ Child Start(const std::string& role, const std::vector<std::string>& extra) {
     return child;
 }
 
-// Reads up to the first line break (the child has started its work), or to the end.
-std::string FirstLine(int fd) {
+// Reads the child's output: up to the first line break (it has started its work), or all.
+std::string Read(int fd, bool firstLineOnly) {
     std::string out;
     char c;
     while (read(fd, &c, 1) == 1) {
         out += c;
-        if (c == '\n') break;
+        if (firstLineOnly && c == '\n') return out;
     }
-    return out;
-}
-
-std::string Drain(int fd) {
-    std::string out;
-    char buf[4096];
-    for (ssize_t n; (n = read(fd, buf, sizeof buf)) > 0;) out.append(buf, (size_t)n);
     close(fd);
     return out;
 }
@@ -168,9 +167,9 @@ TEST(CrashPosix, StoreKeepsEveryAcknowledgedWriteThroughKills) {
     for (int round = 0; round < 200; ++round) {
         Child child = Start("store", {"QMREG_BASE=" + std::to_string(base)});
         ASSERT_GT(child.pid, 0);
-        std::string out = FirstLine(child.output);
+        std::string out = Read(child.output, true);
         KillAfter(child, (int)(rng() % 5000));
-        out += Drain(child.output);
+        out += Read(child.output, false);
         for (size_t pos = 0, end; (end = out.find('\n', pos)) != std::string::npos; pos = end + 1) {
             std::string name = out.substr(pos, end - pos);
             ASSERT_EQ(ReadDWFromRegistry(kCrashKey, name.c_str(), 0xFFFFFFFF), (DWORD)std::atol(name.c_str() + 1))
@@ -195,9 +194,9 @@ TEST(CrashPosix, ListFileIsAlwaysACompleteState) {
         ASSERT_GT(child.pid, 0);
         // Every other round waits until the writer has adopted the last list; the others may
         // also kill it during the adoption.
-        if (round % 2) FirstLine(child.output);
+        if (round % 2) Read(child.output, true);
         KillAfter(child, (int)(rng() % 5000));
-        Drain(child.output);
+        Read(child.output, false);
         std::string bytes = regtest::ReadFile(list);
         ASSERT_TRUE(IsCompleteListState(bytes)) << round << ": " << bytes;
         if (!bytes.empty()) ++nonEmpty;
@@ -212,14 +211,12 @@ TEST(CrashPosix, SeveralProcessesWritingTheStoreLoseNothing) {
         ASSERT_GT(child.pid, 0);
         int status = 0;
         waitpid(child.pid, &status, 0);
-        Drain(child.output);
+        Read(child.output, false);
         EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
     }
     for (int p = 0; p < 4; ++p)
         for (int i = 0; i < 100; ++i) {
-            CString key, name;
-            key.Format("Software\\QMT\\Multi\\k%d", i % 5);
-            name.Format("p%d_%d", p, i);
+            auto [key, name] = MultiValue(p, i);
             EXPECT_EQ(ReadDWFromRegistry(key, name, 0xFFFFFFFF), (DWORD)(p * 1000 + i));
         }
 }

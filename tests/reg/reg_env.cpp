@@ -7,6 +7,7 @@
 #include <random>
 #include <sstream>
 
+#include "utils/platform/files.h"
 #include "utils/platform/registry.h"
 
 namespace regtest {
@@ -17,25 +18,15 @@ namespace fs = std::filesystem;
 std::string g_native, g_folder, g_registry;
 
 std::string ToLibrary(const std::string& native) {
-#if defined(_WIN32)
-    return native;
-#else
-    std::string out = "Z:" + native;
-    for (char& c : out)
-        if (c == '/') c = '\\';
+    std::string out;
+    qm::platform::ToWindowsPath(native.c_str(), out);
     return out;
-#endif
 }
 
 std::string ToNative(const std::string& path) {
-#if defined(_WIN32)
-    return path;
-#else
-    std::string out = path.substr(2);
-    for (char& c : out)
-        if (c == '\\') c = '/';
+    std::string out;
+    qm::platform::ToNativePath(path.c_str(), out);
     return out;
-#endif
 }
 
 class Environment : public testing::Environment {
@@ -50,6 +41,7 @@ public:
         g_native = dir.string();
         if (g_native.back() != '/' && g_native.back() != '\\') g_native += fs::path::preferred_separator;
         g_folder = ToLibrary(g_native);
+        if (g_folder.back() != '\\') g_folder += '\\';
 #if defined(_WIN32)
         g_registry = "Software\\MFCQMUtils tests\\" + tag;
 #else

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cctype>
 #include <map>
 #include <random>
@@ -92,50 +91,31 @@ TEST(RegistryService, AgreesWithAModelOfCaseInsensitiveNestedKeys) {
     EXPECT_EQ(RegistryOpenKey(HKEY_CURRENT_USER, "Software\\QMT\\Model\\Sub", KEY_READ, &h), ERROR_FILE_NOT_FOUND);
 }
 
-TEST(RegistryService, ReportsBadHandlesPathsAndMissingKeys) {
+// Doubled backslashes are passed over; an invented handle is refused, not used.
+TEST(RegistryService, LocalMachineNamesTheSystemAndBadHandlesAreRefused) {
     HKEY h = nullptr;
-    EXPECT_EQ(RegistryOpenKey(HKEY_CURRENT_USER, "Software\\QMT\\Nowhere", KEY_READ, &h), ERROR_FILE_NOT_FOUND);
-    ASSERT_EQ(RegistryCreateKey(HKEY_CURRENT_USER, "Software\\QMT\\\\Double", KEY_ALL_ACCESS, &h, nullptr),
-              ERROR_SUCCESS);
+    ASSERT_EQ(RegistryCreateKey(HKEY_CURRENT_USER, "Software\\QMT\\\\Double", KEY_ALL_ACCESS, &h, nullptr), 0);
     RegistryCloseKey(h);
     EXPECT_EQ(RegistryOpenKey(HKEY_CURRENT_USER, "Software\\QMT\\Double", KEY_READ, &h), ERROR_SUCCESS);
     RegistryCloseKey(h);
-    ASSERT_EQ(RegistryCreateKey(HKEY_CURRENT_USER, "Software\\QMT\\Closed", KEY_ALL_ACCESS, &h, nullptr),
-              ERROR_SUCCESS);
-    EXPECT_EQ(RegistryCloseKey(h), ERROR_SUCCESS);
-    DWORD size = 0;
-    HKEY bogus = (HKEY)(ULONG_PTR)0x1234;
-    EXPECT_EQ(RegistryQueryValue(bogus, "x", nullptr, nullptr, &size), ERROR_INVALID_HANDLE);
-    EXPECT_NE(RegistrySetValue(bogus, "x", REG_DWORD, (const BYTE*)&size, 4), ERROR_SUCCESS);
-    RegistryDeleteTree(HKEY_CURRENT_USER, "Software\\QMT");
-}
-
-TEST(RegistryService, LocalMachineNamesTheSystem) {
-    HKEY h = nullptr;
-    ASSERT_EQ(RegistryOpenKey(HKEY_LOCAL_MACHINE, "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion", KEY_QUERY_VALUE,
-                              &h),
+    DWORD size = 0, type = 0;
+    EXPECT_EQ(RegistryQueryValue((HKEY)(ULONG_PTR)0x1234, "x", nullptr, nullptr, &size), ERROR_INVALID_HANDLE);
+    ASSERT_EQ(RegistryOpenKey(HKEY_LOCAL_MACHINE, "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion", KEY_QUERY_VALUE, &h),
               ERROR_SUCCESS);
     char name[256] = {};
-    DWORD type = 0, size = sizeof name;
+    size = sizeof name;
     ASSERT_EQ(RegistryQueryValue(h, "ProductName", &type, (BYTE*)name, &size), ERROR_SUCCESS);
     EXPECT_EQ(type, (DWORD)REG_SZ);
-    EXPECT_GT(std::string(name).size(), 0u);
     EXPECT_EQ(size, std::string(name).size() + 1);
-    RegistryCloseKey(h);
-}
-
-#if !defined(_WIN32)
-TEST(RegistryService, PosixLocalMachineIsReadOnly) {
-    HKEY h = nullptr;
+    EXPECT_GT(size, 1u);
+#if !defined(_WIN32)  // Wine lets a process change the local machine's hive
+    EXPECT_EQ(RegistrySetValue(h, "x", REG_DWORD, (const BYTE*)&size, 4), ERROR_ACCESS_DENIED);
     EXPECT_EQ(RegistryOpenKey(HKEY_LOCAL_MACHINE, "SOFTWARE", KEY_ALL_ACCESS, &h), ERROR_ACCESS_DENIED);
     EXPECT_EQ(RegistryCreateKey(HKEY_LOCAL_MACHINE, "SOFTWARE\\New", KEY_READ, &h, nullptr), ERROR_ACCESS_DENIED);
-    ASSERT_EQ(RegistryOpenKey(HKEY_LOCAL_MACHINE, "software", KEY_READ, &h), ERROR_SUCCESS);
-    DWORD v = 1;
-    EXPECT_EQ(RegistrySetValue(h, "x", REG_DWORD, (const BYTE*)&v, 4), ERROR_ACCESS_DENIED);
-    EXPECT_EQ(RegistryDeleteTree(HKEY_LOCAL_MACHINE, "SOFTWARE"), ERROR_ACCESS_DENIED);
-    RegistryCloseKey(h);
-}
 #endif
+    RegistryCloseKey(h);
+    RegistryDeleteTree(HKEY_CURRENT_USER, "Software\\QMT");
+}
 
 // ---------------------------------------------------------------------------------------
 // The library's helpers
@@ -163,6 +143,11 @@ TEST(RegistryHelpers, KeepTheirTypesAndTheirQuirks) {
     WriteToRegistry(key, "Text2", "abc");
     EXPECT_EQ(ReadDWFromRegistry(key, "Text2", 7), 0x00636261u);
     EXPECT_EQ(ReadDWFromRegistry(key, "Text", 7), 7u);  // 6 bytes do not fit 4
+    // Up to 199 characters read back; from 200 on the value needs more than 200 bytes.
+    for (int length : {1, 199, 200, 500}) {
+        WriteToRegistry(key, "Long", CString('x', length));
+        EXPECT_EQ(ReadFromRegistry(key, "Long", "dflt"), length < 200 ? CString('x', length) : CString("dflt"));
+    }
 
     unsigned char* data = (unsigned char*)1;
     DWORD size = 0;
@@ -186,37 +171,20 @@ TEST(RegistryHelpers, KeepTheirTypesAndTheirQuirks) {
     RegistryDeleteTree(HKEY_CURRENT_USER, "Software\\QMT");
 }
 
-// A string of up to 199 characters reads back; from 200 on it needs more than the 200-byte
-// buffer and reads as the default.
-TEST(RegistryHelpers, StringsOf200CharactersOrMoreReadAsTheDefault) {
-    for (int length : {0, 1, 198, 199, 200, 201, 500}) {
-        CString text(length ? 'x' : ' ', length);
-        WriteToRegistry("Software\\QMT\\Long", "v", text);
-        EXPECT_EQ(ReadFromRegistry("Software\\QMT\\Long", "v", "dflt"), length < 200 ? text : CString("dflt"))
-            << length;
-    }
-    RegistryDeleteTree(HKEY_CURRENT_USER, "Software\\QMT");
-}
-
 // Threads of one process writing at once lose nothing.
 TEST(RegistryHelpers, ConcurrentWritersLoseNothing) {
+    auto name = [](int t, int i) {
+        CString n;
+        n.Format("t%d_%d", t, i);
+        return n;
+    };
     std::vector<std::thread> threads;
-    std::atomic<int> failures{0};
     for (int t = 0; t < 4; ++t)
-        threads.emplace_back([t, &failures] {
-            for (int i = 0; i < 50; ++i) {
-                CString name;
-                name.Format("t%d_%d", t, i);
-                if (!WriteDWToRegistry("Software\\QMT\\Threads", name, (DWORD)(t * 1000 + i))) ++failures;
-            }
+        threads.emplace_back([t, &name] {
+            for (int i = 0; i < 50; ++i) EXPECT_TRUE(WriteDWToRegistry("Software\\QMT\\T", name(t, i), (DWORD)(t * 1000 + i)));
         });
     for (auto& th : threads) th.join();
-    EXPECT_EQ(failures, 0);
     for (int t = 0; t < 4; ++t)
-        for (int i = 0; i < 50; ++i) {
-            CString name;
-            name.Format("t%d_%d", t, i);
-            EXPECT_EQ(ReadDWFromRegistry("Software\\QMT\\Threads", name, 0xFFFFFFFF), (DWORD)(t * 1000 + i));
-        }
+        for (int i = 0; i < 50; ++i) EXPECT_EQ(ReadDWFromRegistry("Software\\QMT\\T", name(t, i), 0), (DWORD)(t * 1000 + i));
     RegistryDeleteTree(HKEY_CURRENT_USER, "Software\\QMT");
 }
