@@ -25,9 +25,9 @@ namespace {
 const char kCrashKey[] = "Software\\QMT\\Crash";
 const int kLiveEntries = 8;
 
-void Say(const std::string& line) {
-    std::string text = line + "\n";
-    if (write(1, text.data(), text.size()) < 0) _exit(3);
+void Say(std::string line) {
+    line += '\n';
+    if (write(1, line.data(), line.size()) < 0) _exit(3);
 }
 
 std::string Entry(long n) { return "Z:\\crash\\f" + std::to_string(n); }
@@ -96,8 +96,7 @@ Child Start(const std::string& role, const std::vector<std::string>& extra) {
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, fds[1], 1);
     posix_spawn_file_actions_addclose(&actions, fds[0]);
-    char exe[] = "/proc/self/exe";
-    char* argv[] = {exe, nullptr};
+    char exe[] = "/proc/self/exe", *argv[] = {exe, nullptr};
     if (posix_spawn(&child.pid, exe, &actions, nullptr, argv, envp.data()) != 0) child.pid = -1;
     posix_spawn_file_actions_destroy(&actions);
     close(fds[1]);
@@ -127,12 +126,12 @@ void KillAfter(const Child& child, int microseconds) {
 std::string IntegrityCheck(const std::string& file) {
     sqlite3* db = nullptr;
     std::string result = "cannot open";
-    if (sqlite3_open_v2(file.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
-        sqlite3_stmt* s = nullptr;
-        if (sqlite3_prepare_v2(db, "PRAGMA integrity_check", -1, &s, nullptr) == SQLITE_OK && sqlite3_step(s) == SQLITE_ROW)
-            result = reinterpret_cast<const char*>(sqlite3_column_text(s, 0));
-        sqlite3_finalize(s);
-    }
+    auto keep = [](void* out, int, char** values, char**) {
+        *static_cast<std::string*>(out) = values[0] ? values[0] : "";
+        return 0;
+    };
+    if (sqlite3_open_v2(file.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK)
+        sqlite3_exec(db, "PRAGMA integrity_check", keep, &result, nullptr);
     sqlite3_close(db);
     return result;
 }
