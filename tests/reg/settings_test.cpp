@@ -63,17 +63,11 @@ TEST(DeferredDeletion, DeletesListedFilesSkipsEmptyPiecesAndRemovesTheValue) {
     DeleteFromRegistry(GetQMKey(), kValue);
 }
 
-TEST(Locations, FolderLocationAndIniName) {
-    struct {
-        const char* path;
-        const char* folder;
-    } cases[] = {{"C:\\dir\\f.txt", "C:\\dir"}, {"C:\\f.txt", "C:\\"}, {"f.txt", ""},      {"\\f.txt", ""},
+TEST(Locations, FolderIniNameAndDataPathOverTheDocumentsFolder) {
+    struct { const char* path; const char* folder; } cases[] = {{"C:\\dir\\f.txt", "C:\\dir"}, {"C:\\f.txt", "C:\\"}, {"f.txt", ""},      {"\\f.txt", ""},
                  {"C:\\a\\b\\", "C:\\a\\b"},    {"ab\\f", "ab"},        {"x:\\", "x:\\"}, {"", ""}};
     for (auto& c : cases) EXPECT_EQ(GetFolderLocation(c.path), c.folder) << c.path;
     EXPECT_EQ(GetIniFileName(), "test_reg.ini");
-}
-
-TEST(Locations, DataPathWinsOverTheDocumentsFolder) {
     DeleteFromRegistry(GetQMKey(), "DataPath");
     DeleteFromRegistry(GetPriorVersionQMKey(), "DataPath");
     const CString documents = GetAssertFileDirectory();
@@ -122,11 +116,7 @@ TEST(Files, AlternateAndUniqueNamesLengthAndExistence) {
 TEST(Files, LoadFileToStringConvertsOnlySignedUtf16) {
     // "Aé€" in UTF-16LE with the signature, and an odd trailing byte that is ignored.
     const std::string utf16("\xFF\xFE" "A\0\xE9\0\xAC\x20\x3A\x26" "Z", 11);
-    struct {
-        std::string bytes;
-        bool convert;
-        std::string text;
-    } cases[] = {
+    struct { std::string bytes; bool convert; std::string text; } cases[] = {
         {utf16, true, "A\xE9\x80?"},
         {utf16, false, utf16},
         {"plain\r\nbytes\x80", true, "plain\r\nbytes\x80"},

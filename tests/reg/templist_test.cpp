@@ -39,10 +39,7 @@ std::string ListBytes(const std::vector<std::string>& paths) {
 // holds the same entries, each ended by carriage return and line feed.
 TEST(TempList, ReadsPiecesTrimsAndRewritesTheListFile) {
     const std::string a = File("a.tmp"), b = File("b.tmp"), long300(300, 'x');
-    struct {
-        std::string content;
-        std::vector<std::string> entries;
-    } cases[] = {
+    struct { std::string content; std::vector<std::string> entries; } cases[] = {
         {a + "\r\n" + b + "\r\n", {a, b}},
         {a + "\n" + b + "\n", {a, b}},
         {a + "\n" + b, {a, b}},
