@@ -242,6 +242,8 @@ TEST_F(FileServices, PosixDrivesMapToFoldersWithTheirOwnCurrentFolder) {
     std::string qDir = NativeOf(At("q"));
     ASSERT_TRUE(fs::SetDriveMapping('q', qDir.c_str()));
     EXPECT_TRUE(FileSystem::FileExists("Q:\\sub\\FILE.TXT"));
+    Touch("q\\.dotted");
+    EXPECT_EQ(fs::GetFileAttributesA("Q:\\.dotted"), (DWORD)(FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN));
     std::string windows;
     EXPECT_TRUE(fs::ToWindowsPath((qDir + "/Sub/./x/../File.txt").c_str(), windows));
     EXPECT_EQ(windows, "Q:\\Sub\\File.txt");  // the closest drive wins over Z:

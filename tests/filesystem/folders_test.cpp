@@ -115,6 +115,9 @@ TEST_F(Folders, CurrentFolderAndDrive) {
     EXPECT_STREQ(FileSystem::GetDriveCurrent(0), At("work\\"));
     EXPECT_EQ(FileSystem::SetDrive(26), 1);
     EXPECT_STREQ(FileSystem::GetCurrentDirectory(), At("work\\"));
+    ASSERT_TRUE(FileSystem::SetCurrentDirectory("Z:\\"));
+    EXPECT_STREQ(FileSystem::GetCurrentDirectory(), "Z:\\");
+    ASSERT_TRUE(FileSystem::SetCurrentDirectory(At("work")));
 
     CString full = "sub\\..\\f.txt";
     EXPECT_EQ(FileSystem::MakeFull(full), 1);
@@ -219,6 +222,47 @@ TEST_F(Folders, TempFilesSearchesAndNetworkNames) {
     DWORD error = 0;
     EXPECT_FALSE(FileSystem::ReconnectNetworkDrive("Z:", false, error));
     EXPECT_EQ(error, (DWORD)ERROR_NOT_CONNECTED);
+}
+
+}  // namespace
+
+namespace {
+
+// Long paths, control bytes and ".." above the root: every operation answers without
+// overrunning, and the answers stay those of a path that is not there.
+TEST_F(Folders, HostilePathsAreAnsweredSafely) {
+    const std::string longName = std::string(At("")) + std::string(5000, 'L');
+    const std::string deep = std::string(At("")) + [] {
+        std::string s;
+        for (int i = 0; i < 1500; ++i) s += "d\\";
+        return s;
+    }();
+    const std::string control = std::string(At("")) + "a\x01\x1f" + "b";
+    qmtest::RecordingAssertSink sink;
+    for (const std::string& p : {longName, deep, control}) {
+        SCOPED_TRACE(p.substr(0, 60));
+        EXPECT_FALSE(FileSystem::FileExists(p.c_str()));
+        CString full = p.c_str();
+        EXPECT_EQ(FileSystem::MakeFull(full), p.size() < MAX_PATH ? 1 : 0);
+        CString longForm = p.c_str();
+        EXPECT_EQ(FileSystem::MakeLong(longForm), 0);
+        EXPECT_STREQ(longForm, p.c_str());
+        CString unique = p.c_str();
+        FileSystem::MakeUniqueFileName(unique);
+        EXPECT_STREQ(unique, p.c_str());
+        FileSystem::CFileItr it(p.c_str(), "*");
+        EXPECT_FALSE(it.IsValid());
+        EXPECT_EQ(FileSystem::RemoveFolder(p.c_str()), p.size() < MAX_PATH ? 1 : 0);
+        CString expanded = p.c_str();
+        FileSystem::ExpandPathToFull(expanded);
+        if (p.size() >= MAX_PATH) {
+            EXPECT_STREQ(expanded, "");
+        }
+    }
+    CString above = "Z:\\..\\..\\..\\tmp\\..\\..";
+    EXPECT_EQ(FileSystem::MakeFull(above), 1);
+    EXPECT_STREQ(above, "Z:\\");
+    EXPECT_EQ(sink.Expressions(), (Strings{"MAX_PATH > nLen", "MAX_PATH > nLen"}));
 }
 
 }  // namespace

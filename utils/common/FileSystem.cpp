@@ -119,7 +119,7 @@ CString FileSystem::ChangeFileName(const CString& path, const CString& newName) 
     Split(path, p);
     // The joiner never needs more than the path plus the new name (the split folder already
     // ends in a separator and the split extension starts with its dot).
-    std::vector<char> out((size_t)newName.GetLength() + (size_t)path.GetLength() + 1 + 3);
+    std::vector<char> out((size_t)newName.GetLength() + (size_t)path.GetLength() + 1);
     if (qm::platform::MakePathS(out.data(), out.size(), p.drive, p.dir, newName, p.ext) != 0) return CString();
     return CString(out.data());
 }

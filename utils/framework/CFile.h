@@ -50,6 +50,8 @@ public:
     virtual UINT Read(void* lpBuf, UINT nCount);
     virtual void Write(const void* lpBuf, UINT nCount);
     virtual void Flush();
+    // Cuts or extends (with zeros) the file to dwNewLen bytes; the position is kept.
+    virtual void SetLength(ULONGLONG dwNewLen);
     virtual void Close();
     // Closes without reporting errors.
     virtual void Abort();
@@ -86,7 +88,7 @@ public:
     // start throws CFileException::badSeek.
     ULONGLONG Seek(LONGLONG lOff, UINT nFrom) override;
     ULONGLONG GetLength() const override { return m_nFileSize; }
-    void SetLength(ULONGLONG dwNewLen);
+    void SetLength(ULONGLONG dwNewLen) override;
     UINT Read(void* lpBuf, UINT nCount) override;
     void Write(const void* lpBuf, UINT nCount) override;
     void Flush() override {}

@@ -136,9 +136,3 @@ typedef NETRESOURCEA* LPNETRESOURCEA;
 #define MOVEFILE_WRITE_THROUGH 0x00000008
 
 #endif  // !_WIN32
-
-// Shell operation results that are not system error codes ("unknown error", which Windows
-// gives for a source that does not exist).
-#ifndef DE_ERROR_UNKNOWN
-#define DE_ERROR_UNKNOWN 0x402
-#endif

@@ -39,6 +39,7 @@ namespace {
 constexpr DWORD kGenFailure = 31;  // ERROR_GEN_FAILURE
 constexpr int kDestInsideSource = 0x76;  // shell result: the target lies inside the source
 constexpr int kSameFile = 0x71;          // shell result: source and target are the same
+constexpr int kUnknownShellError = 0x402;  // shell result for a source that is not there
 
 thread_local DWORD t_lastError = 0;
 
@@ -801,7 +802,7 @@ int ExpandSources(const std::vector<std::string>& items, bool filesOnly, std::ve
         struct stat st;
         FullPath fp;
         if (!MakeFull(item.c_str(), fp) || !NativeOf(fp, native) || lstat(native.c_str(), &st) != 0)
-            return DE_ERROR_UNKNOWN;
+            return kUnknownShellError;
         // A drive or a share itself is never copied, moved or deleted as an item.
         if (fp.parts.empty()) return ERROR_ACCESS_DENIED;
         out.push_back({native, BaseName(native)});

@@ -42,7 +42,10 @@ BOOL SetFileAttributesA(LPCSTR path, DWORD attributes) { return ::SetFileAttribu
 HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) { return ::FindFirstFileA(pattern, data); }
 BOOL FindNextFileA(HANDLE find, WIN32_FIND_DATAA* data) { return ::FindNextFileA(find, data); }
 HANDLE FindFirstFileNamesA(LPCSTR pattern, WIN32_FIND_DATAA* data) {
-    return ::FindFirstFileExA(pattern, FindExInfoBasic, data, FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
+    HANDLE h = ::FindFirstFileExA(pattern, FindExInfoBasic, data, FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
+    // Systems older than Windows 7 know neither the basic level nor large fetches.
+    if (h == INVALID_HANDLE_VALUE && ::GetLastError() == ERROR_INVALID_PARAMETER) h = ::FindFirstFileA(pattern, data);
+    return h;
 }
 BOOL FindClose(HANDLE find) { return ::FindClose(find); }
 
