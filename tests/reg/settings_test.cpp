@@ -158,6 +158,13 @@ TEST(Files, HtsTempFilesMoveFromTheCurrentFolder) {
     EXPECT_FALSE(Exists(work + "HTS1.tmp"));
     EXPECT_TRUE(Exists(work + "other.tmp"));
     EXPECT_TRUE(Exists(work + "HTS2.txt"));
+#if !defined(_WIN32)  // a second file of the same name is renamed, not written over
+    WriteFile(work + "HTS1.tmp", "again");
+    FileSystem::SetCurrentDirectory(work.c_str());
+    DeleteHTSTempFiles(target.c_str());
+    FileSystem::SetCurrentDirectory(previous);
+    EXPECT_EQ(ReadFile(target + "\\HTS1.tmp") + ReadFile(target + "\\HTS1 (2).tmp"), "HTS1.tmpagain");
+#endif
 }
 
 #if !defined(_WIN32)
