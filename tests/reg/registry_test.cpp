@@ -103,8 +103,9 @@ TEST(RegistryService, LocalMachineNamesTheSystemAndBadHandlesAreRefused) {
     EXPECT_GT(size, 1u);
 #if !defined(_WIN32)  // Wine lets a process change the local machine's hive
     EXPECT_EQ(RegistrySetValue(h, "x", REG_DWORD, (const BYTE*)&size, 4), ERROR_ACCESS_DENIED);
-    EXPECT_EQ(RegistryOpenKey(HKEY_LOCAL_MACHINE, "SOFTWARE", KEY_ALL_ACCESS, &h), ERROR_ACCESS_DENIED);
-    EXPECT_EQ(RegistryCreateKey(HKEY_LOCAL_MACHINE, "SOFTWARE\\New", KEY_READ, &h, nullptr), ERROR_ACCESS_DENIED);
+    HKEY refused = nullptr;
+    EXPECT_EQ(RegistryOpenKey(HKEY_LOCAL_MACHINE, "SOFTWARE", KEY_ALL_ACCESS, &refused), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(RegistryCreateKey(HKEY_LOCAL_MACHINE, "SOFTWARE\\New", KEY_READ, &refused, nullptr), ERROR_ACCESS_DENIED);
 #endif
     RegistryCloseKey(h);
     RegistryDeleteTree(HKEY_CURRENT_USER, "Software\\QMT");
