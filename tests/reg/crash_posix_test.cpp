@@ -75,10 +75,7 @@ const int g_child = [] {
     return role ? RunChild(role) : 0;
 }();
 
-struct Child {
-    pid_t pid = -1;
-    int output = -1;
-};
+struct Child { pid_t pid = -1; int output = -1; };
 
 // Starts this program again in a role, with its standard output on a pipe.
 Child Start(const std::string& role, const std::vector<std::string>& extra) {
@@ -120,8 +117,7 @@ std::string Read(int fd, bool firstLineOnly) {
 void KillAfter(const Child& child, int microseconds) {
     usleep((useconds_t)microseconds);
     kill(child.pid, SIGKILL);
-    int status = 0;
-    waitpid(child.pid, &status, 0);
+    waitpid(child.pid, nullptr, 0);
 }
 
 std::string IntegrityCheck(const std::string& file) {
