@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 #include "utils/platform/debugout.h"
@@ -18,6 +19,24 @@ void DefaultAssertSink(const char* expression, const char* sourceModule, int lin
 
 void DefaultTraceSink(const char* text) { qm::platform::WriteDebugOutput(text); }
 
+// The runtime's "I64" length modifier ("%I64d", "%*I64x") written as "ll", which every
+// target's formatter understands.
+std::string PortableFormat(const char* format) {
+    std::string out;
+    for (const char* p = format; *p;) {
+        out += *p;
+        if (*p++ != '%') continue;
+        while (*p && std::strchr("-+ #0123456789.*", *p)) out += *p++;
+        if (p[0] == 'I' && p[1] == '6' && p[2] == '4') {
+            out += "ll";
+            p += 3;
+        } else if (*p == '%') {
+            out += *p++;
+        }
+    }
+    return out;
+}
+
 std::atomic<CvAssertSink> g_assertSink{&DefaultAssertSink};
 std::atomic<CvTraceSink> g_traceSink{&DefaultTraceSink};
 
@@ -29,6 +48,11 @@ void _cvassert_(const char* expression, const char* sourceModule, int line) {
 
 void _cvtrace_(const char* format, ...) {
     if (!format) return;
+    std::string portable;
+    if (std::strstr(format, "I64")) {
+        portable = PortableFormat(format);
+        format = portable.c_str();
+    }
     va_list args, probe;
     va_start(args, format);
     va_copy(probe, args);

@@ -50,3 +50,5 @@ MFCQMUTILS_API void SmartSerializeSize(CArchive& ar, int& first, int& second);
 MFCQMUTILS_API void SmartSerializeRect(CArchive& ar, CRect& rc);
 #include "utils/common/mfcutils_textfit.h"
 #include "utils/common/mfcutils_wait.h"
+#include "utils/common/mfcutils_diag.h"
+#include "utils/common/mfcutils_settings.h"

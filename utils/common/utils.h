@@ -6,3 +6,4 @@
 #include "utils/common/utils_numbers.h"
 #include "utils/common/utils_text.h"
 #include "utils/common/utils_time.h"
+#include "utils/common/utils_files.h"

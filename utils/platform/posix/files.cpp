@@ -1404,6 +1404,18 @@ BOOL PathCompactPathExA(LPSTR out, LPCSTR src, UINT maxChars, DWORD) {
     return TRUE;
 }
 
+// The name the Windows shell gives a copied or moved item whose target name is taken, with
+// FOF_RENAMEONCOLLISION: "name (2).ext", "name (3).ext", ... the first that is free.
+static std::string CollisionFreeName(const std::string& dest) {
+    size_t slash = dest.rfind('/'), dot = dest.rfind('.');
+    if (dot == std::string::npos || (slash != std::string::npos && dot < slash) || dot == slash + 1) dot = dest.size();
+    struct stat st;
+    for (unsigned n = 2;; ++n) {
+        std::string candidate = dest.substr(0, dot) + " (" + std::to_string(n) + ")" + dest.substr(dot);
+        if (lstat(candidate.c_str(), &st) != 0 || n == 0xFFFFFFFF) return candidate;
+    }
+}
+
 int SHFileOperationA(SHFILEOPSTRUCTA* op) {
     if (!op) return ERROR_INVALID_PARAMETER;
     op->fAnyOperationsAborted = FALSE;
@@ -1442,6 +1454,8 @@ int SHFileOperationA(SHFILEOPSTRUCTA* op) {
             a.st_ino == b.st_ino)
             return kSameFile;
         if (IsDir(sources[i].native) && Inside(ParentOf(dest), sources[i].native)) return kDestInsideSource;
+        if ((op->fFlags & FOF_RENAMEONCOLLISION) && op->wFunc != FO_RENAME && lstat(dest.c_str(), &b) == 0)
+            dest = CollisionFreeName(dest);
         DWORD e = 0;
         if (op->wFunc == FO_COPY) e = CopyTree(sources[i].native, dest);
         else if (op->wFunc == FO_RENAME && lstat(dest.c_str(), &b) == 0) e = ERROR_ALREADY_EXISTS;
