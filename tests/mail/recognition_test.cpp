@@ -5,6 +5,7 @@
 #include <random>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "tests/support/recording_sink.h"
 #include "utils/common/utils_mail.h"
@@ -27,38 +28,26 @@ const UrlCase kUrlCases[] = {
     {"HTTP://Host.Test/x", true, 18, -1},
     {"http://host.test/a b", true, 18, -1},
     {"http://a.b\x01" "cmd\x02", true, 10, -1},
-    {"http://a.b\x17more", true, 10, -1},
-    {"https://host.test/q?x=1#f", true, 25, -1},
     {"ftp.host.test/pub", true, 17, -1},
     {"news:comp.lang", true, 14, -1},
     {"Mk:@MSITStore:help.chm::/a.htm", true, 30, -1},
-    {"ms-its:x.chm", true, 12, -1},
     // Trailing punctuation runs are stripped together.
     {"www.host.test).", true, 13, 0},
-    {"www.host", true, 8, 0},
     {"www.", false, 0, 0},
     // E-mail step.
     {"jd@host.test,", true, 12, 1},
-    {"jd@host.test.", true, 12, 1},
     {"jd@host.test<b", true, 12, 1},
-    {"_x@host.test", true, 12, 1},
     {"jd@ho\xE9st.test", true, 13, 1},
     {"mailto:jd@host.test", true, 19, 1},
-    {"MAILTO:jd@host.test", true, 19, 1},
     {"mailto:@host.test", true, 17, 1},  // empty mailbox accepted after the prefix
     {"jd@host.test/x", false, 0, 0},
     {"jd@host", false, 0, 0},
-    {"jd@host.", false, 0, 0},
     {"j,d@host.test", false, 0, 0},
-    {"jd @host.test", false, 0, 0},
     {"@host.test", false, 0, -1},  // "@" cannot start a link at all
-    {"-x@host.test", false, 0, -1},
     // "file://" runs to a space, comma, "?", "#" or ";".
     {"file://C:\\a b", true, 11, 0},
     {"FILE://C:/a;b", true, 11, 0},
     {"file://", false, 0, 0},
-    {"file:// x", false, 0, 0},
-    {"plain words", false, 0, 0},
     {"", false, 0, -1},
 };
 
@@ -83,19 +72,13 @@ TEST(IsValidURL, RecognisesLinksAtTheStartOfText) {
     }
 }
 
-TEST(IsValidURL, NullTextIsNoLink) {
+TEST(IsValidURL, LongAndControlFilledTextStaysInBounds) {
     int len = 3;
     bool isMail = true;
     EXPECT_FALSE(IsValidURL(nullptr, len, isMail));
-    EXPECT_EQ(len, 3);
-    EXPECT_TRUE(isMail);
-}
-
-TEST(IsValidURL, LongAndControlFilledTextStaysInBounds) {
+    EXPECT_TRUE(len == 3 && isMail);
     std::string text = "http://a.b/";
     text.append(200000, 'x');
-    int len = 0;
-    bool isMail = false;
     ASSERT_TRUE(IsValidURL(text.c_str(), len, isMail));
     EXPECT_EQ(len, (int)text.size());
     std::string mail(100000, 'm');
@@ -125,14 +108,9 @@ TEST(IsLooksLikeEmailAddress, PlausibilityRules) {
         {"j d@host.test", false}, {"@.", false},            {"a.@", true},
     };
     for (const auto& c : cases) EXPECT_EQ(IsLooksLikeEmailAddress(c.text), c.expected) << c.text;
-}
-
-TEST(IsLooksLikeEmailAddress, NullIsReportedAndRejected) {
     qmtest::RecordingAssertSink sink;
     EXPECT_FALSE(IsLooksLikeEmailAddress(nullptr));
-    ASSERT_EQ(sink.Reports().size(), 1u);
-    EXPECT_EQ(sink.Reports()[0].expression, "ptr_address");
-    EXPECT_EQ(sink.Reports()[0].module, "Common\\utils");
+    EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"ptr_address"});
 }
 
 std::set<std::string> Collect(const CString& text) {
@@ -150,21 +128,14 @@ TEST(CollectEMails, FindsEveryAddressOnce) {
     // Words are split at "_" and ".", but the address scan runs on from the word's start.
     EXPECT_EQ(Collect("user_name@host.test first.last@host.test"),
               S({"user_name@host.test", "first.last@host.test"}));
-    EXPECT_EQ(Collect("see mailto:x@y.z now"), S({"mailto:x@y.z"}));
-    EXPECT_EQ(Collect("x@y @host.test jd@host.test/x"), S());
     // The line mark ends an address but is no word delimiter, so the skip after it runs over
     // the next address's start up to its first ".".
     EXPECT_EQ(Collect("one\rtwo@three.four\x17" "five@six.seven"), S({"two@three.four"}));
-    EXPECT_EQ(Collect(""), S());
-}
-
-TEST(CollectEMails, KeepsWhatTheSetHeldAndStopsAtAnEmbeddedNul) {
-    CStringSet found;
+    CStringSet found;  // what the set held is kept; an embedded NUL ends the text
     found.Add("old@entry.test");
     CollectEMails(CString("a@b.c\0x@y.z", 11), found);
-    EXPECT_TRUE(found.Contains("old@entry.test"));
-    EXPECT_TRUE(found.Contains("a@b.c"));
     EXPECT_EQ(found.GetCount(), 2);
+    EXPECT_TRUE(found.Contains("old@entry.test") && found.Contains("a@b.c"));
 }
 
 // The address scan written out plainly from its rules, without the shortcuts that keep
@@ -257,14 +228,10 @@ TEST(CollectEMails, LongRunsFinishInLinearTime) {
 
 TEST(CStringSet, OrderedAndUnique) {
     CStringSet set;
-    EXPECT_TRUE(set.IsEmpty());
-    EXPECT_TRUE(set.Add("b"));
-    EXPECT_TRUE(set.Add("a"));
-    EXPECT_FALSE(set.Add("b"));
+    EXPECT_TRUE(set.Add("b") && set.Add("a") && !set.Add("b"));
     EXPECT_EQ(set.GetCount(), 2);
     EXPECT_EQ(*set.begin(), "a");
-    EXPECT_TRUE(set.Remove("a"));
-    EXPECT_FALSE(set.Remove("a"));
+    EXPECT_TRUE(set.Remove("a") && !set.Remove("a"));
     set.RemoveAll();
     EXPECT_TRUE(set.IsEmpty());
 }

@@ -2,7 +2,9 @@
 
 #include <climits>
 #include <cstdint>
+#include <iterator>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "utils/common/mfcutils.h"
@@ -37,71 +39,69 @@ ULONGLONG Load(Bytes bytes, Fn fn) {
     return file.GetPosition();
 }
 
-TEST(CompactRecord, ExampleRecords) {
-    CRect zero(0, 0, 0, 0);
-    EXPECT_EQ(Store([&](CArchive& ar) { SmartSerializeRect(ar, zero); }), (Bytes{0x00}));
-
-    CPoint pt(5, -1);
-    EXPECT_EQ(Store([&](CArchive& ar) { SmartSerializePoint(ar, pt); }), (Bytes{0x05, 0x05, 0xFF}));
-
-    long w = 300, h = 0;
-    EXPECT_EQ(Store([&](CArchive& ar) { SmartSerializeSize(ar, w, h); }), (Bytes{0x02, 0x2C, 0x01}));
-
-    CRect mixed(-200, 100, 70000, 0);
-    const Bytes mixedBytes{0x36, 0x38, 0xFF, 0x64, 0x70, 0x11, 0x01, 0x00};
-    EXPECT_EQ(Store([&](CArchive& ar) { SmartSerializeRect(ar, mixed); }), mixedBytes);
-
-    CRect back(1, 2, 3, 4);
-    EXPECT_EQ(Load(mixedBytes, [&](CArchive& ar) { SmartSerializeRect(ar, back); }), mixedBytes.size());
-    EXPECT_EQ(back, mixed);
-
-    CPoint p2(9, 9);
-    Load({0x05, 0x05, 0xFF}, [&](CArchive& ar) { SmartSerializePoint(ar, p2); });
-    EXPECT_EQ(p2, CPoint(5, -1));
-
-    long a = 7, b = 7;
-    Load({0x02, 0x2C, 0x01}, [&](CArchive& ar) { SmartSerializeSize(ar, a, b); });
-    EXPECT_EQ(a, 300);
-    EXPECT_EQ(b, 0);
+// The record model: one tag byte with two bits per field (0: the value is 0, 1: one byte,
+// 2: two bytes, 3: four bytes; first field in the low bits), then each value little-endian in
+// the smallest width that holds it signed.
+Bytes Model(const std::vector<std::int32_t>& fields) {
+    Bytes out{0};
+    for (size_t i = 0; i < fields.size(); ++i) {
+        const std::int32_t v = fields[i];
+        const int code = v == 0 ? 0 : v >= -128 && v <= 127 ? 1 : v >= -32768 && v <= 32767 ? 2 : 3;
+        out[0] |= (BYTE)(code << (2 * i));
+        const int widths[] = {0, 1, 2, 4};
+        for (int b = 0; b < widths[code]; ++b) out.push_back((BYTE)((std::uint32_t)v >> (8 * b)));
+    }
+    return out;
 }
 
-TEST(CompactRecord, WidthBoundaries) {
-    const struct {
-        std::int32_t value;
-        BYTE code;
-        Bytes payload;
-    } cases[] = {
-        {0, 0, {}},
-        {1, 1, {0x01}},
-        {-1, 1, {0xFF}},
-        {127, 1, {0x7F}},
-        {-128, 1, {0x80}},
-        {128, 2, {0x80, 0x00}},
-        {-129, 2, {0x7F, 0xFF}},
-        {32767, 2, {0xFF, 0x7F}},
-        {-32768, 2, {0x00, 0x80}},
-        {32768, 3, {0x00, 0x80, 0x00, 0x00}},
-        {-32769, 3, {0xFF, 0x7F, 0xFF, 0xFF}},
-        {INT_MAX, 3, {0xFF, 0xFF, 0xFF, 0x7F}},
-        {INT_MIN, 3, {0x00, 0x00, 0x00, 0x80}},
+// Values around each width boundary and anywhere, as points, sizes and rectangles, stored
+// one after another and read back in sequence.
+TEST(CompactRecord, RecordsMatchTheModelAndRoundTripInSequence) {
+    std::mt19937 rng(20261122);
+    const std::int32_t edges[] = {0, 1, -1, 127, -128, 128, -129, 32767, -32768, 32768, -32769, INT_MAX, INT_MIN};
+    auto draw = [&]() -> std::int32_t {
+        switch (rng() % 4) {
+        case 0: return edges[rng() % std::size(edges)];
+        case 1: return (std::int32_t)(rng() % 256) - 128;
+        case 2: return (std::int32_t)(rng() % 8) - 4 + (rng() % 2 ? 32768 : -32768);
+        default: return (std::int32_t)rng();
+        }
     };
-    for (const auto& c : cases) {
-        // The value as the second field of a point (first field 0): tag bits 2-3.
-        CPoint pt(0, c.value);
-        Bytes expected{(BYTE)(c.code << 2)};
-        expected.insert(expected.end(), c.payload.begin(), c.payload.end());
-        EXPECT_EQ(Store([&](CArchive& ar) { SmartSerializePoint(ar, pt); }), expected) << c.value;
-
-        // And as the fourth field of a rectangle: tag bits 6-7.
-        CRect rc(0, 0, 0, c.value);
-        Bytes rectExpected{(BYTE)(c.code << 6)};
-        rectExpected.insert(rectExpected.end(), c.payload.begin(), c.payload.end());
-        EXPECT_EQ(Store([&](CArchive& ar) { SmartSerializeRect(ar, rc); }), rectExpected) << c.value;
-
-        CPoint back(11, 11);
-        Load(expected, [&](CArchive& ar) { SmartSerializePoint(ar, back); });
-        EXPECT_EQ(back, CPoint(0, c.value));
+    std::vector<CRect> rects;
+    std::vector<CPoint> points;
+    std::vector<std::pair<long, long>> sizes;
+    Bytes expected;
+    for (int i = 0; i < 600; ++i) {
+        rects.emplace_back(draw(), draw(), draw(), draw());
+        points.emplace_back(draw(), draw());
+        sizes.emplace_back(draw(), draw());
+        const CRect& r = rects.back();
+        for (const Bytes& b : {Model({r.left, r.top, r.right, r.bottom}), Model({points.back().x, points.back().y}),
+                               Model({(std::int32_t)sizes.back().first, (std::int32_t)sizes.back().second})})
+            expected.insert(expected.end(), b.begin(), b.end());
     }
+    Bytes bytes = Store([&](CArchive& ar) {
+        for (int i = 0; i < 600; ++i) {
+            SmartSerializeRect(ar, rects[(size_t)i]);
+            SmartSerializePoint(ar, points[(size_t)i]);
+            SmartSerializeSize(ar, sizes[(size_t)i].first, sizes[(size_t)i].second);
+        }
+    });
+    ASSERT_EQ(bytes, expected);
+    ULONGLONG used = Load(bytes, [&](CArchive& ar) {
+        for (int i = 0; i < 600; ++i) {
+            CRect rc(1, 1, 1, 1);
+            CPoint pt(1, 1);
+            long w = 1, h = 1;
+            SmartSerializeRect(ar, rc);
+            SmartSerializePoint(ar, pt);
+            SmartSerializeSize(ar, w, h);
+            ASSERT_EQ(rc, rects[(size_t)i]) << i;
+            ASSERT_EQ(pt, points[(size_t)i]) << i;
+            ASSERT_EQ(std::make_pair(w, h), sizes[(size_t)i]) << i;
+        }
+    });
+    EXPECT_EQ(used, bytes.size());
 }
 
 TEST(CompactRecord, TagBitsBeyondTheFieldsAreIgnored) {
@@ -123,7 +123,7 @@ TEST(CompactRecord, TagBitsBeyondTheFieldsAreIgnored) {
 }
 
 TEST(CompactRecord, TruncatedRecordThrowsAndKeepsTheFieldsReadSoFar) {
-    const Bytes full{0x36, 0x38, 0xFF, 0x64, 0x70, 0x11, 0x01, 0x00};
+    const Bytes full{0x36, 0x38, 0xFF, 0x64, 0x70, 0x11, 0x01, 0x00};  // (-200, 100, 70000, 0)
     const LONG kUnset = 777;
     // Fields completely present after each prefix length of the record above.
     const int fieldsSet[] = {0, 0, 0, 1, 2, 2, 2, 2};
@@ -206,43 +206,6 @@ TEST(CompactRecord, WrongDirectionRaisesTheArchiveException) {
         e->Delete();
     }
     EXPECT_EQ(cause, CArchiveException::readOnly);
-}
-
-TEST(CompactRecord, RandomRecordsRoundTripInSequence) {
-    std::mt19937 rng(20261122);
-    // Values drawn around each width boundary as well as anywhere.
-    auto draw = [&]() -> std::int32_t {
-        switch (rng() % 5) {
-        case 0: return 0;
-        case 1: return (std::int32_t)(rng() % 256) - 128;
-        case 2: return (std::int32_t)(rng() % 65536) - 32768;
-        case 3: return (std::int32_t)(rng() % 8) - 4 + (rng() % 2 ? 32768 : -32768);
-        default: return (std::int32_t)rng();
-        }
-    };
-    std::vector<CRect> rects;
-    std::vector<CPoint> points;
-    for (int i = 0; i < 500; ++i) {
-        rects.emplace_back(draw(), draw(), draw(), draw());
-        points.emplace_back(draw(), draw());
-    }
-    Bytes bytes = Store([&](CArchive& ar) {
-        for (int i = 0; i < 500; ++i) {
-            SmartSerializeRect(ar, rects[(size_t)i]);
-            SmartSerializePoint(ar, points[(size_t)i]);
-        }
-    });
-    ULONGLONG used = Load(bytes, [&](CArchive& ar) {
-        for (int i = 0; i < 500; ++i) {
-            CRect rc(1, 1, 1, 1);
-            CPoint pt(1, 1);
-            SmartSerializeRect(ar, rc);
-            SmartSerializePoint(ar, pt);
-            ASSERT_EQ(rc, rects[(size_t)i]) << i;
-            ASSERT_EQ(pt, points[(size_t)i]) << i;
-        }
-    });
-    EXPECT_EQ(used, bytes.size());
 }
 
 }  // namespace

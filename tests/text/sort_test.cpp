@@ -102,7 +102,7 @@ TEST(ListMergeSort, MatchesTheLinkTableCallForCall) {
     std::mt19937 rng(5);
     for (bool scramble : {false, true}) {
         for (int flag : {0, 1, -7}) {
-            for (int n : {2, 3, 4, 5, 7, 8, 9, 16, 17, 31, 33, 100, 257, 1000}) {
+            for (int n : {2, 3, 4, 5, 7, 8, 9, 17, 33, 257, 1000}) {
                 g_scramble = scramble;
                 const std::vector<Record> input = RandomRecords(rng, n, 4);
                 g_calls.clear();
