@@ -185,28 +185,21 @@ struct ExtractCase {
 
 TEST_F(LocaleTest, FieldExtractors) {
     const ExtractCase cases[] = {
-        {WeekDay, "dddd, mmmm", "%A", 4, -1, -1, nullptr},
-        {WeekDay, "ddd ", "%a", 3, -1, -1, nullptr},
-        {WeekDay, "dd.", "", 2, -1, -1, nullptr},
-        {WeekDay, "mmm", "", 0, -1, -1, nullptr},
+        {WeekDay, "dddd, mmmm", "%A", 4, -1, -1, nullptr}, {WeekDay, "ddd ", "%a", 3, -1, -1, nullptr},
+        {WeekDay, "dd.", "", 2, -1, -1, nullptr}, {WeekDay, "mmm", "", 0, -1, -1, nullptr},
         {WeekDay, "", "", 0, -1, -1, "ptr != NULL && *ptr != 0"},
         {DayOfMonth, "dd ", "\x02" "02d", 2, -1, -1, nullptr},
         {DayOfMonth, "d,", "\x02" "d", 1, -1, -1, nullptr},
         {DayOfMonth, "", "\x02" "d", 0, -1, -1, "ptr != NULL && *ptr != 0"},
-        {Month, "m/", "\x02" "d", 1, 1, -1, nullptr},
-        {Month, "mm", "\x02" "02d", 2, 1, -1, nullptr},
-        {Month, "mmm", "%b", 3, 0, -1, nullptr},
-        {Month, "mmmmm", "\x02" "d", 5, 0, -1, nullptr},
+        {Month, "m/", "\x02" "d", 1, 1, -1, nullptr}, {Month, "mm", "\x02" "02d", 2, 1, -1, nullptr},
+        {Month, "mmm", "%b", 3, 0, -1, nullptr}, {Month, "mmmmm", "\x02" "d", 5, 0, -1, nullptr},
         {Month, "", "\x02" "d", 0, 1, -1, "ptr != NULL && *ptr != 0"},
-        {Year, "yy", "\x02" "d", 2, -1, 1, nullptr},
-        {Year, "yyyy", "\x02" "d", 4, -1, 0, nullptr},
+        {Year, "yy", "\x02" "d", 2, -1, 1, nullptr}, {Year, "yyyy", "\x02" "d", 4, -1, 0, nullptr},
         {Year, "yyy", "\x02" "d", 3, -1, 0, nullptr},
         {Year, "", "\x02" "d", 0, -1, 0, "*ptr != NULL && *ptr != 0"},
-        {Separator, ", mmmm", ", ", 2, -1, -1, nullptr},
-        {Separator, "", "", 0, -1, -1, nullptr},
+        {Separator, ", mmmm", ", ", 2, -1, -1, nullptr}, {Separator, "", "", 0, -1, -1, nullptr},
         {Separator, "'de' mmmm", "", 1, -1, -1, nullptr},   // letters end even quoted text
-        {Separator, "'a''b' d", "a'b", 6, -1, -1, nullptr},
-        {Separator, "' - 'yy", " - ", 5, -1, -1, nullptr},
+        {Separator, "'a''b' d", "a'b", 6, -1, -1, nullptr}, {Separator, "' - 'yy", " - ", 5, -1, -1, nullptr},
         {Separator, ", 'x' d", ", ", 3, -1, -1, "ExpectQuote"},
     };
     for (const ExtractCase& c : cases) {

@@ -39,20 +39,6 @@ TEST(Double2Str, FixedDecimalsCutNotRounded) {
     }
 }
 
-TEST(Double2Str, SeparatorComesFromOverrideThenLocale) {
-    ScopedNumberSettings settings;
-    CString out;
-    settings.Pin(LOCALE_SDECIMAL, ",");
-    EXPECT_EQ(Double2Str(1.5, out, 1), "1,5");
-    settings.Override(';');
-    EXPECT_EQ(Double2Str(1.5, out, 1), "1;5");
-    settings.Override(0);
-    settings.Pin(LOCALE_SDECIMAL, "ab");  // longer than one character
-    EXPECT_EQ(Double2Str(1.5, out, 1), "1.5");
-    settings.Pin(LOCALE_SDECIMAL, "abcd");  // does not fit the 4-char buffer: unreadable
-    EXPECT_EQ(Double2Str(1.5, out, 1), "1.5");
-}
-
 TEST(Double2Str, TooManyDecimalsIsReportedAndStillFormatted) {
     qmtest::RecordingAssertSink sink;
     CString out;
@@ -68,6 +54,8 @@ TEST(Double2Str, TooManyDecimalsIsReportedAndStillFormatted) {
     Double2Str(2.5, out, -3);
     EXPECT_EQ(out, "2.");
 }
+
+const double kInf = std::numeric_limits<double>::infinity();
 
 struct FltCase {
     double value;
@@ -87,6 +75,11 @@ TEST(Fltstr, RuntimeSignificantDigitForm) {
         {-123456789012.3, 12, "-123456789012"}, {-1234567890123.4, 12, "-1.23456789012e+012"},
         {0.2, 17, "0.20000000000000001"}, {1.0 / 3, 0, "0.3"},  // 0 digits counts as 1
         {1.1f, 7, "1.1"}, {0.1f, 9, "0.100000001"},  // a float is formatted as its double value
+        {1.5, -1, ""}, {1.5, 25, ""}, {1.0, 24, ""},  // more than the buffer holds ("1." and 23 zeros)
+        {1e10, 17, "10000000000."},
+        // Infinities and NaNs take the runtime's pseudo-digits, rounded like digits.
+        {kInf, 6, "1.#INF"}, {-kInf, 10, "-1.#INF"}, {kInf, 2, "1.$"}, {kInf, 3, "1.#J"},
+        {std::bit_cast<double>(0xFFF8000000000000ull), 8, "-1.#IND"}, {std::bit_cast<double>(0x7FF8000000000000ull), 8, "1.#QNAN"},
     };
     for (const FltCase& c : cases) {
         CString out = "stale";
@@ -96,32 +89,12 @@ TEST(Fltstr, RuntimeSignificantDigitForm) {
     }
 }
 
-TEST(Fltstr, DigitCountsTheBufferCannotHoldGiveEmptyText) {
-    CString out = "stale";
-    EXPECT_EQ(fltstr(1.5, -1, out), "");
-    out = "stale";
-    EXPECT_EQ(fltstr(1.5, 25, out), "");
-    out = "stale";
-    EXPECT_EQ(fltstr(1.0, 24, out), "");  // "1." and 23 zeros would need 26 characters
-    EXPECT_EQ(fltstr(1e10, 17, out), "10000000000.");
+TEST(Fltstr, FormatGcvtNeedsRoomForTheTerminator) {
     char small[7];
     EXPECT_EQ(qm::FormatGcvt(123.25, 5, small, 6), 34);
     EXPECT_STREQ(small, "");
     EXPECT_EQ(qm::FormatGcvt(123.25, 5, small, 7), 0);  // "123.25" fits 7 with its NUL
     EXPECT_STREQ(small, "123.25");
-}
-
-TEST(Fltstr, InfinityAndNanUseTheRuntimePseudoDigits) {
-    const double inf = std::numeric_limits<double>::infinity();
-    const double indefinite = std::bit_cast<double>(0xFFF8000000000000ull);
-    const double quiet = std::bit_cast<double>(0x7FF8000000000000ull);
-    CString out;
-    EXPECT_EQ(fltstr(inf, 6, out), "1.#INF");
-    EXPECT_EQ(fltstr(-inf, 10, out), "-1.#INF");
-    EXPECT_EQ(fltstr(inf, 2, out), "1.$");  // the pseudo-digits are rounded like digits
-    EXPECT_EQ(fltstr(inf, 3, out), "1.#J");
-    EXPECT_EQ(fltstr(indefinite, 8, out), "-1.#IND");
-    EXPECT_EQ(fltstr(quiet, 8, out), "1.#QNAN");
 }
 
 const double kInvalid = std::bit_cast<double>(0x0010000000000000ull);
@@ -141,8 +114,7 @@ TEST(StrToDouble, ParsesPlainNumbersAndCountsEverythingAfterThePointAsDecimals) 
         {"\t7.0\n", 7.0, 3},
         {" $1.25 ", 1.25, 4},   // ... but a removed leading currency mark does not
         {"$ 12.50", 12.5, 2},   // blanks after a leading mark are skipped by the parser
-        {"?\t-3", -3.0, 0},
-        {".5", 0.5, 1},  {"5.", 5.0, 0},  {"+4", 4.0, 0},  {"1.5e2", 150.0, 3},
+        {"?\t-3", -3.0, 0}, {".5", 0.5, 1},  {"5.", 5.0, 0},  {"+4", 4.0, 0},  {"1.5e2", 150.0, 3},
         {"1e999", HUGE_VAL, 0}, {"-1e999", -HUGE_VAL, 0}, {"1e-999", 0.0, 0},
         {"", kInvalid, 0},  {"   ", kInvalid, 0}, {"$", kInvalid, 0},
         {"$12$", kInvalid, 0},  // only one currency mark is removed
@@ -158,23 +130,6 @@ TEST(StrToDouble, ParsesPlainNumbersAndCountsEverythingAfterThePointAsDecimals) 
             EXPECT_EQ(v, c.value) << c.text;
         EXPECT_EQ(decimals, c.decimals) << c.text;
     }
-}
-
-TEST(StrToDouble, AcceptsTheCurrentSeparator) {
-    ScopedNumberSettings settings;
-    int decimals = 0;
-    EXPECT_EQ(StrToDouble(CString("12\0003", 4), decimals), kInvalid);  // an embedded NUL
-    settings.Pin(LOCALE_SDECIMAL, ",");
-    EXPECT_EQ(StrToDouble("2,25", decimals), 2.25);
-    EXPECT_EQ(decimals, 2);
-    EXPECT_EQ(StrToDouble("2.5", decimals), 2.5);  // "." is still understood
-    settings.Override(';');
-    EXPECT_EQ(StrToDouble("3;5", decimals), 3.5);
-    EXPECT_EQ(decimals, 1);
-    EXPECT_EQ(StrToDouble("3,5", decimals), kInvalid);  // the override wins over the locale
-    settings.Override(0);
-    settings.Pin(LOCALE_SDECIMAL, "ab");  // a longer separator replaces nothing
-    EXPECT_EQ(StrToDouble("4,5", decimals), kInvalid);
 }
 
 struct ValidCase {
@@ -199,12 +154,29 @@ TEST(IsValidDouble, BudgetsDigitsBeforeAndAfterTheSeparator) {
     EXPECT_NE(IsValidDouble(nullptr, 2, 2), 0);
 }
 
-TEST(IsValidDouble, AcceptsTheCurrentSeparatorAndThePoint) {
+// Writing and reading use the override, else the locale's separator when it is one character;
+// reading also understands ".".
+TEST(DecimalSeparator, WritersAndReadersFollowTheOverrideThenTheLocale) {
     ScopedNumberSettings settings;
-    settings.Override(',');
-    EXPECT_NE(IsValidDouble("1,5", 2, 1), 0);
+    CString out;
+    int decimals = 0;
+    settings.Pin(LOCALE_SDECIMAL, ",");
+    EXPECT_EQ(Double2Str(1.5, out, 1), "1,5");
+    EXPECT_EQ(StrToDouble("2,25", decimals), 2.25);
+    EXPECT_EQ(decimals, 2);
+    EXPECT_EQ(StrToDouble("2.5", decimals), 2.5);
+    settings.Override(';');
+    EXPECT_EQ(Double2Str(1.5, out, 1), "1;5");
+    EXPECT_EQ(StrToDouble("3;5", decimals), 3.5);
+    EXPECT_EQ(StrToDouble("3,5", decimals), kInvalid);  // the override wins over the locale
+    EXPECT_NE(IsValidDouble("1;5", 2, 1), 0);
     EXPECT_NE(IsValidDouble("1.5", 2, 1), 0);
-    EXPECT_EQ(IsValidDouble("1,5.2", 5, 3), 0);  // two separators
+    EXPECT_EQ(IsValidDouble("1;5.2", 5, 3), 0);  // two separators
+    settings.Override(0);
+    settings.Pin(LOCALE_SDECIMAL, "ab");  // longer than one character
+    EXPECT_EQ(Double2Str(1.5, out, 1), "1.5");
+    EXPECT_EQ(StrToDouble("4,5", decimals), kInvalid);
+    EXPECT_EQ(StrToDouble(CString("12\0003", 4), decimals), kInvalid);  // an embedded NUL
 }
 
 TEST(Round, HalvesGoUp) {
@@ -230,8 +202,7 @@ TEST(Round, SinglePrecisionDecimalsCutNegativesTowardZero) {
         {2.5f, 0, 3.0f}, {0.125f, 2, 13.0f / 10.0f / 10.0f}, {2.6f, -1, 3.0f},  // a negative count scales by nothing
         // A huge count overflows to infinity (or stays 0) and answers at once.
         {1.5f, INT_MAX, std::numeric_limits<float>::infinity()},
-        {-1e-45f, INT_MAX, -std::numeric_limits<float>::infinity()},
-        {0.0f, INT_MAX, 0.0f},
+        {-1e-45f, INT_MAX, -std::numeric_limits<float>::infinity()}, {0.0f, INT_MAX, 0.0f},
     };
     for (const auto& c : cases) EXPECT_EQ(qm::round(c.x, c.decimals), c.expected) << c.x << " " << c.decimals;
 }

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/recording_sink.h"
 #include "utils/framework/CArchive.h"
 #include "utils/framework/geometry.h"
 
@@ -22,12 +23,7 @@ Bytes Contents(CMemFile& file) {
     return out;
 }
 
-template <typename E>
-int CauseOf(E* e) {
-    int cause = e->m_cause;
-    e->Delete();
-    return cause;
-}
+using qmtest::ThrownCause;
 
 TEST(CArchive, BasicTypesAreLittleEndianWithFixedWidths) {
     CMemFile file;
@@ -82,12 +78,7 @@ TEST(CArchive, ShortDataReadReturnsCountButOperatorThrows) {
     BYTE out[8] = {};
     EXPECT_EQ(ar.Read(out, 2), 2u);
     int value = 0;
-    try {
-        ar >> value;
-        ADD_FAILURE() << "reading past the end did not throw";
-    } catch (CArchiveException* e) {
-        EXPECT_EQ(CauseOf(e), CArchiveException::endOfFile);
-    }
+    EXPECT_EQ(ThrownCause<CArchiveException>([&] { ar >> value; }), CArchiveException::endOfFile);
     EXPECT_EQ(ar.Read(out, 8), 1u);
     EXPECT_EQ(out[0], 3);
     EXPECT_EQ(ar.Read(out, 8), 0u);
@@ -141,12 +132,7 @@ TEST(CArchive, ClosedArchiveRefusesWorkAndAbortDropsUnwrittenData) {
     ar.Close();
     EXPECT_EQ(ar.GetFile(), nullptr);
     EXPECT_EQ(file.GetLength(), 4u);
-    try {
-        ar << 2;
-        ADD_FAILURE();
-    } catch (CArchiveException* e) {
-        EXPECT_EQ(CauseOf(e), CArchiveException::genericException);
-    }
+    EXPECT_EQ(ThrownCause<CArchiveException>([&] { ar << 2; }), CArchiveException::genericException);
     CMemFile other;
     {
         CArchive aborted(&other, CArchive::store);
@@ -168,20 +154,10 @@ TEST(CMemFile, FixedBlockReadsItsBytesAndCannotGrow) {
     f.SeekToBegin();
     f.Write("ab", 2);
     EXPECT_EQ(block[0], 'a');
-    EXPECT_THROW(
-        try { f.Write("xyz", 3); } catch (CMemoryException* e) {
-            e->Delete();
-            throw 1;
-        },
-        int);
+    EXPECT_THROW(try { f.Write("xyz", 3); } catch (CMemoryException* e) { e->Delete(); throw 1; }, int);
     f.Seek(1000, CFile::begin);  // far past the end: reading gives nothing, writing fails cleanly
     EXPECT_EQ(f.Read(out, 1), 0u);
-    EXPECT_THROW(
-        try { f.Write("q", 1); } catch (CMemoryException* e) {
-            e->Delete();
-            throw 1;
-        },
-        int);
+    EXPECT_THROW(try { f.Write("q", 1); } catch (CMemoryException* e) { e->Delete(); throw 1; }, int);
     EXPECT_EQ(f.Detach(), block);
     EXPECT_EQ(f.GetLength(), 0u);
 }
@@ -194,12 +170,7 @@ TEST(CMemFile, GrowsSeeksAndZeroFillsGaps) {
     EXPECT_EQ(f.GetLength(), 9u);
     EXPECT_EQ(f.Seek(-1, CFile::end), 8u);
     EXPECT_EQ(f.Seek(0, CFile::begin), 0u);
-    try {
-        f.Seek(-1, CFile::begin);
-        ADD_FAILURE();
-    } catch (CFileException* e) {
-        EXPECT_EQ(CauseOf(e), CFileException::badSeek);
-    }
+    EXPECT_EQ(ThrownCause<CFileException>([&] { f.Seek(-1, CFile::begin); }), CFileException::badSeek);
     EXPECT_EQ(f.GetPosition(), 0u);
     f.SetLength(2);
     EXPECT_EQ(f.GetLength(), 2u);
@@ -239,12 +210,7 @@ TEST(CFile, ArchiveThroughAFileOnDisk) {
         ar >> i >> w;
         EXPECT_EQ(i, 12345);
         EXPECT_EQ(w, 7);
-        try {
-            ar >> w;
-            ADD_FAILURE();
-        } catch (CArchiveException* e) {
-            EXPECT_EQ(CauseOf(e), CArchiveException::endOfFile);
-        }
+        EXPECT_EQ(ThrownCause<CArchiveException>([&] { ar >> w; }), CArchiveException::endOfFile);
     }
     {
         // Open for writing without truncating, append at the end.
@@ -267,12 +233,7 @@ TEST(CFile, MissingFileReportsItsCause) {
     EXPECT_FALSE(f.Open(name.c_str(), CFile::modeRead, &error));
     EXPECT_EQ(error.m_cause, CFileException::fileNotFound);
     EXPECT_EQ(f.m_hFile, CFile::hFileNull);
-    try {
-        CFile g(name.c_str(), CFile::modeRead);
-        ADD_FAILURE();
-    } catch (CFileException* e) {
-        EXPECT_EQ(CauseOf(e), CFileException::fileNotFound);
-    }
+    EXPECT_EQ(ThrownCause<CFileException>([&] { CFile g(name.c_str(), CFile::modeRead); }), CFileException::fileNotFound);
 }
 
 TEST(Geometry, RectsPointsAndSizes) {

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/recording_sink.h"
 #include "utils/common/mfcutils.h"
 
 namespace {
@@ -124,88 +125,45 @@ TEST(CompactRecord, TagBitsBeyondTheFieldsAreIgnored) {
 
 TEST(CompactRecord, TruncatedRecordThrowsAndKeepsTheFieldsReadSoFar) {
     const Bytes full{0x36, 0x38, 0xFF, 0x64, 0x70, 0x11, 0x01, 0x00};  // (-200, 100, 70000, 0)
-    const LONG kUnset = 777;
-    // Fields completely present after each prefix length of the record above.
-    const int fieldsSet[] = {0, 0, 0, 1, 2, 2, 2, 2};
-    const LONG values[] = {-200, 100, 70000, 0};
+    const int fieldsSet[] = {0, 0, 0, 1, 2, 2, 2, 2};  // complete after each prefix length
+    const LONG values[] = {-200, 100, 70000, 0}, kUnset = 777;
     for (size_t len = 0; len < full.size(); ++len) {
         CRect rc(kUnset, kUnset, kUnset, kUnset);
         Bytes cut(full.begin(), full.begin() + (std::ptrdiff_t)len);
-        int cause = -1;
-        try {
-            Load(cut, [&](CArchive& ar) { SmartSerializeRect(ar, rc); });
-        } catch (CArchiveException* e) {
-            cause = e->m_cause;
-            e->Delete();
-        }
-        EXPECT_EQ(cause, CArchiveException::endOfFile) << "length " << len;
+        EXPECT_EQ(qmtest::ThrownCause<CArchiveException>([&] { Load(cut, [&](CArchive& ar) { SmartSerializeRect(ar, rc); }); }),
+                  CArchiveException::endOfFile) << "length " << len;
         const LONG got[] = {rc.left, rc.top, rc.right, rc.bottom};
         for (int i = 0; i < 4; ++i)
             EXPECT_EQ(got[i], i < fieldsSet[len] ? values[i] : kUnset) << "length " << len << " field " << i;
     }
-}
-
-TEST(CompactRecord, IntSizeMatchesLongSizeAndIsAllOrNothing) {
-    int w = -129, h = 65536;
-    long lw = -129, lh = 65536;
-    Bytes fromInt = Store([&](CArchive& ar) { SmartSerializeSize(ar, w, h); });
-    EXPECT_EQ(fromInt, Store([&](CArchive& ar) { SmartSerializeSize(ar, lw, lh); }));
+    // The int form of a size copies back only after a whole record.
+    int w = -129, h = 65536, rw = 1, rh = 2;
+    const Bytes fromInt = Store([&](CArchive& ar) { SmartSerializeSize(ar, w, h); });
     EXPECT_EQ(fromInt, (Bytes{0x0E, 0x7F, 0xFF, 0x00, 0x00, 0x01, 0x00}));
-
-    int rw = 0, rh = 0;
-    Load(fromInt, [&](CArchive& ar) { SmartSerializeSize(ar, rw, rh); });
-    EXPECT_EQ(rw, -129);
-    EXPECT_EQ(rh, 65536);
-
-    // Cut inside the second field: the int form copies back only after a whole record.
-    int cw = 1, ch = 2;
     Bytes cut(fromInt.begin(), fromInt.end() - 1);
-    EXPECT_THROW(
-        try { Load(cut, [&](CArchive& ar) { SmartSerializeSize(ar, cw, ch); }); } catch (CArchiveException* e) {
-            e->Delete();
-            throw 1;
-        },
-        int);
-    EXPECT_EQ(cw, 1);
-    EXPECT_EQ(ch, 2);
+    EXPECT_EQ(qmtest::ThrownCause<CArchiveException>([&] { Load(cut, [&](CArchive& ar) { SmartSerializeSize(ar, rw, rh); }); }),
+              CArchiveException::endOfFile);
+    EXPECT_TRUE(rw == 1 && rh == 2);
+    Load(fromInt, [&](CArchive& ar) { SmartSerializeSize(ar, rw, rh); });
+    EXPECT_TRUE(rw == -129 && rh == 65536);
 }
 
 TEST(CompactRecord, WideLongStoresItsLow32Bits) {
     if (sizeof(long) <= 4) GTEST_SKIP() << "long is 32 bits here";
     long w = (long)(0x100000005LL), h = (long)(-0x100000000LL - 2);
     EXPECT_EQ(Store([&](CArchive& ar) { SmartSerializeSize(ar, w, h); }), (Bytes{0x05, 0x05, 0xFE}));
-    long a = 0, b = 0;
-    Load({0x0F, 0xFF, 0xFF, 0xFF, 0x7F, 0x00, 0x00, 0x00, 0x80}, [&](CArchive& ar) { SmartSerializeSize(ar, a, b); });
-    EXPECT_EQ(a, 2147483647L);
-    EXPECT_EQ(b, -2147483647L - 1);
 }
 
+// Loading is chosen by the archive's mode; reading from a storing archive or writing to a
+// loading one is what fails.
 TEST(CompactRecord, WrongDirectionRaisesTheArchiveException) {
     CMemFile file;
     CArchive storing(&file, CArchive::store);
-    // Loading is chosen by the archive's mode, so a storing archive stores; reading directly
-    // from it is what fails.
-    BYTE tag;
-    int cause = -1;
-    try {
-        storing >> tag;
-    } catch (CArchiveException* e) {
-        cause = e->m_cause;
-        e->Delete();
-    }
-    EXPECT_EQ(cause, CArchiveException::writeOnly);
-
-    BYTE data[1] = {0};
+    BYTE tag, data[1] = {0};
+    EXPECT_EQ(qmtest::ThrownCause<CArchiveException>([&] { storing >> tag; }), CArchiveException::writeOnly);
     CMemFile in(data, 1);
     CArchive loading(&in, CArchive::load);
-    cause = -1;
-    try {
-        loading << (BYTE)1;
-    } catch (CArchiveException* e) {
-        cause = e->m_cause;
-        e->Delete();
-    }
-    EXPECT_EQ(cause, CArchiveException::readOnly);
+    EXPECT_EQ(qmtest::ThrownCause<CArchiveException>([&] { loading << (BYTE)1; }), CArchiveException::readOnly);
 }
 
 }  // namespace

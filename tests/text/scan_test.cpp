@@ -74,14 +74,10 @@ TEST(InStringSkipCommands, SkipsRunsBeforeAndInsideMatches) {
         EXPECT_EQ(Off(InStringSkipCommands(c.pattern, c.text), c.text), c.expected) << c.text;
     EXPECT_EQ(InStringSkipCommands("a", ""), nullptr);
     EXPECT_EQ(InStringSkipCommands(nullptr, "a"), nullptr);
-}
-
-TEST(InStringSkipCommands, UnclosedRunAssertsAndGivesNull) {
-    qmtest::RecordingAssertSink sink;
+    qmtest::RecordingAssertSink sink;  // an unclosed run is reported and ends the search
     EXPECT_EQ(InStringSkipCommands("b", "xy\x01" "b"), nullptr);
     EXPECT_EQ(InStringSkipCommands("ab", "xxa\x01" "b"), nullptr);
-    ASSERT_EQ(sink.Expressions(), (std::vector<std::string>{"*s2", "*p2"}));
-    EXPECT_EQ(sink.Reports()[0].module, "Common\\utils");
+    EXPECT_EQ(sink.Expressions(), (std::vector<std::string>{"*s2", "*p2"}));
 }
 
 TEST(RemoveComments, DropsCommentsOutsideQuotes) {
@@ -91,58 +87,34 @@ TEST(RemoveComments, DropsCommentsOutsideQuotes) {
         {"a (b (c) d) e", "a  e"},                // nested comments
         {"a) b", "a) b"},                         // a stray ')' at depth 0 is kept
         {"(open \"q\" never closed", ""},         // quotes inside a comment are dropped
-        {"\"(x\" (y) z", "\"(x\"  z"},
-        {"  \t x  ", "x"},
-        {"", ""},
+        {"\"(x\" (y) z", "\"(x\"  z"}, {"  \t x  ", "x"}, {"", ""},
     };
     for (const Case& c : cases) EXPECT_EQ(RemoveComments(c.in), c.out) << c.in;
     EXPECT_EQ(RemoveComments(nullptr), "");
 }
 
-}  // namespace
-
-namespace {
-
-TEST(GetToken, SkipsWhitespaceAndStopsAfterTheToken) {
-    const char* text = "  one two";
-    const char* p = text;
+TEST(Tokens, GetTokenGetStrUpToAndNthToken) {
+    const char* p = "  one\t\r\n a\x17" "b";  // 0x17 is not token white space
     CString token;
-    EXPECT_TRUE(GetToken(&p, token));
-    EXPECT_EQ(token, "one");
-    EXPECT_EQ(p - text, 5);  // on the blank before "two"
-    EXPECT_TRUE(GetToken(&p, token));
-    EXPECT_EQ(token, "two");
+    EXPECT_TRUE(GetToken(&p, token) && token == "one" && *p == '\t');
+    EXPECT_TRUE(GetToken(&p, token) && token == "a\x17" "b");
     EXPECT_FALSE(GetToken(&p, token));
-    EXPECT_EQ(token, "");
-    EXPECT_EQ(*p, '\0');
-
-    const char* mixed = "\t\r\n a\x17" "b\tc";  // 0x17 is not token white space
-    p = mixed;
-    EXPECT_TRUE(GetToken(&p, token));
-    EXPECT_EQ(token, "a\x17" "b");
+    EXPECT_TRUE(token.IsEmpty() && *p == '\0');
     const char* none = nullptr;
-    EXPECT_FALSE(GetToken(&none, token));
-    EXPECT_FALSE(GetToken(nullptr, token));
-}
-
-TEST(GetStrUpTo, LeavesTheCursorOnTheDelimiter) {
-    const char* p = "key=value";
-    CString out;
-    EXPECT_EQ(GetStrUpTo(p, '=', out), "key");
-    EXPECT_EQ(GetStrUpTo(p, '=', out), "");  // already on it: nothing taken, no move
+    EXPECT_FALSE(GetToken(&none, token) || GetToken(nullptr, token));
+    p = "key=value";
+    EXPECT_EQ(GetStrUpTo(p, '=', token), "key");
+    EXPECT_EQ(GetStrUpTo(p, '=', token), "");  // already on it: nothing taken, no move
     EXPECT_EQ(*p++, '=');
-    EXPECT_EQ(GetStrUpTo(p, ';', out), "value");
-    EXPECT_EQ(*p, '\0');
-}
-
-TEST(NthTokenCpy, CountsFromOneAndLeavesTokenAtZero) {
+    EXPECT_EQ(GetStrUpTo(p, ';', token), "value");
+    // nth_token_cpy counts from one and leaves the token alone for n < 1.
     CString src = " a  b\tc ";
     struct Case { int n; const char* expected; int result; };
-    const Case cases[] = {{1, "a", 1}, {2, "b", 1}, {3, "c", 1}, {4, "", 0}, {0, "keep", 1}, {-1, "keep", 1}};
+    const Case cases[] = {{1, "a", 1}, {3, "c", 1}, {4, "", 0}, {0, "keep", 1}, {-1, "keep", 1}};
     for (const Case& c : cases) {
-        CString token = "keep";
-        EXPECT_EQ(nth_token_cpy(token, src, c.n), c.result) << c.n;
-        EXPECT_EQ(token, c.expected) << c.n;
+        CString t = "keep";
+        EXPECT_EQ(nth_token_cpy(t, src, c.n), c.result) << c.n;
+        EXPECT_EQ(t, c.expected) << c.n;
     }
 }
 
@@ -172,9 +144,7 @@ TEST(LineEnds, RemoveEmptyLinesReplaceEolInsureEol) {
     struct Case { const char* in; const char* removed; const char* doubled; const char* ensured; };
     const Case cases[] = {
         {"a\r\n\r\n\r\nb", "a\rb", "a\r\n\r\n\r\n\r\n\r\n\r\nb", "a\r\n\r\n\r\nb\r"},
-        {"\r\ra\n", "\ra", "\r\n\r\na\r\n", "\r\ra\n\r"},
-        {"a\r", "a\r", "a\r\n", "a\r"},
-        {"", "", "", "\r"},
+        {"\r\ra\n", "\ra", "\r\n\r\na\r\n", "\r\ra\n\r"}, {"a\r", "a\r", "a\r\n", "a\r"}, {"", "", "", "\r"},
     };
     for (const Case& c : cases) {
         CString a(c.in), b(c.in), d(c.in);
@@ -221,8 +191,7 @@ TEST(GetAcceleratorPos, SkipsEscapedAndTrailingAmpersands) {
 TEST(ValidMutexName, LowersAndReplacesBackslashes) {
     struct Case { const char* in; const char* out; };
     const Case cases[] = {
-        {"Global\\My", "global|my"},
-        {"A\\\\B|c", "a||b|c"},
+        {"Global\\My", "global|my"}, {"A\\\\B|c", "a||b|c"},
         {"\xC0\xD7\xDE\xDF\x8A\x9F", "\xE0\xD7\xFE\xDF\x9A\xFF"},  // Western code page letters
     };
     qmtest::RecordingAssertSink sink;
@@ -246,10 +215,8 @@ TEST(CursorScanners, StopWhereTheirClassEnds) {
     const Case cases[] = {
         {SkipSpaces, "SkipSpaces", " \t\v\f\r\nx", 6},
         {SkipInvisible, "SkipInvisible", " \t\r\n\vx", 4},  // VT is visible here
-        {SkipVisible, "SkipVisible", "ab\x17" "c\vd e", 6},
-        {SkipToDigit, "SkipToDigit", "ab\xB2" "c7", 4},
-        {SkipToDigit, "SkipToDigit", "none", 4},
-        {SkipToEOL, "SkipToEOL", "ab\x17" "c", 2},
+        {SkipVisible, "SkipVisible", "ab\x17" "c\vd e", 6}, {SkipToDigit, "SkipToDigit", "ab\xB2" "c7", 4},
+        {SkipToDigit, "SkipToDigit", "none", 4}, {SkipToEOL, "SkipToEOL", "ab\x17" "c", 2},
         {SkipToEOL, "SkipToEOL", "ab\nc", 2},
     };
     for (const Case& c : cases) {

@@ -223,8 +223,7 @@ TEST(TimeAndOleDate, SkippedAndRepeatedHoursGiveOneOfTheirTwoReadings) {
 
 TEST(ExtractParts, DateDropsTheTimeOfDayToTheNearestSecond) {
     const double cases[][2] = {
-        {OleDate(2000, 1, 1, 18, 0, 0), OleDate(2000, 1, 1)},
-        {OleDate(1899, 12, 29, 6, 0, 0), -1.0},
+        {OleDate(2000, 1, 1, 18, 0, 0), OleDate(2000, 1, 1)}, {OleDate(1899, 12, 29, 6, 0, 0), -1.0},
         {0.75, 0.0},
         {OleDate(2000, 1, 1) + 86399.6 / 86400, OleDate(2000, 1, 2)},  // 23:59:59.6 is the next day
     };
@@ -240,8 +239,7 @@ TEST(ExtractParts, DateDropsTheTimeOfDayToTheNearestSecond) {
         {UnixSeconds(2006, 4, 2, 16, 0, 0), UnixSeconds(2006, 4, 2, 5, 0, 0)},     // midnight was EST
         {UnixSeconds(2006, 10, 30, 4, 0, 0), UnixSeconds(2006, 10, 29, 4, 0, 0)},  // midnight was EDT
         {UnixSeconds(2006, 7, 4, 4, 0, 0), UnixSeconds(2006, 7, 4, 4, 0, 0)},
-        {UnixSeconds(2006, 7, 4, 3, 59, 59), UnixSeconds(2006, 7, 3, 4, 0, 0)},
-        {kTimeMax, 0},
+        {UnixSeconds(2006, 7, 4, 3, 59, 59), UnixSeconds(2006, 7, 3, 4, 0, 0)}, {kTimeMax, 0},
     };
     for (const auto& c : times) EXPECT_EQ(ExtractDate(CTime(c[0])).GetTime(), c[1]) << c[0];
 }
