@@ -1,7 +1,9 @@
 // Links and e-mail addresses found in note text.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstring>
+#include <iterator>
 #include <random>
 #include <set>
 #include <string>
@@ -212,6 +214,67 @@ TEST(CollectEMails, LongRunsFinishInLinearTime) {
     std::string many;
     for (int i = 0; i < 20000; ++i) many += "n" + std::to_string(i) + "@host.test ";
     EXPECT_EQ(Collect(CString(many.c_str())).size(), 20000u);
+}
+
+// The plain search FindLinks must agree with: IsValidURL tried afresh at every word start.
+std::vector<std::string> PlainLinks(const std::string& text) {
+    std::vector<std::string> out;
+    for (size_t i = 0; i < text.size();) {
+        const unsigned char prev = i ? (unsigned char)text[i - 1] : ' ';
+        const bool word = prev < 0x80 && !std::isalnum(prev) && !(prev && std::strchr("_.-@:/\\%", prev));
+        int len = 0;
+        bool isMail = false;
+        if (word && IsValidURL(text.c_str() + i, len, isMail) && len > 0) {
+            out.push_back(std::to_string(i) + "+" + std::to_string(len) + (isMail ? "m" : "l"));
+            i += (size_t)len;
+        } else {
+            ++i;
+        }
+    }
+    return out;
+}
+
+std::vector<std::string> Found(const std::string& text) {
+    std::vector<CLinkMatch> found;
+    FindLinks(text.c_str(), text.size(), found);
+    std::vector<std::string> out;
+    for (const CLinkMatch& m : found)
+        out.push_back(std::to_string(m.offset) + "+" + std::to_string(m.length) + (m.isMail ? "m" : "l"));
+    return out;
+}
+
+TEST(FindLinks, AgreesWithIsValidUrlAtEveryWordStart) {
+    std::mt19937 rng(1122);
+    const char alphabet[] = "a1.@/\\!:-_ ,()<>\t.aa";
+    const char* const pieces[] = {"http://", "www.", "mailto:", "news:", "file://", "ftp.", "Mk:@MSITStore:", "\x01x\x02"};
+    for (int round = 0; round < 4000; ++round) {
+        std::string text;
+        const int n = (int)(rng() % 60);
+        for (int k = 0; k < n; ++k) {
+            if (rng() % 6 == 0) text += pieces[rng() % std::size(pieces)];
+            else text += alphabet[rng() % (sizeof(alphabet) - 1)];
+        }
+        ASSERT_EQ(Found(text), PlainLinks(text)) << "text: " << text;
+    }
+    std::vector<CLinkMatch> found{{1, 1, true}};
+    EXPECT_EQ(FindLinks(nullptr, 5, found), 0u);
+    EXPECT_TRUE(found.empty());
+}
+
+// A megabyte of runs where every word restarts a long walk over the same bytes: the work,
+// counted in bytes walked, stays linear (trying IsValidURL at every word would walk about
+// 10^11 bytes here).
+TEST(FindLinks, CraftedRunsTakeLinearWork) {
+    for (const char* unit : {"a!", "a@a!", "news:a!", "news:a.b/!", "mailto:a!", "www.a!", "a.@a.!", "http://.a!", "_@a.b/,"}) {
+        std::string text;
+        while (text.size() < 1000000) text += unit;
+        std::vector<CLinkMatch> found;
+        EXPECT_LE(FindLinks(text.c_str(), text.size(), found), 12 * text.size()) << unit;
+        CStringSet addresses;
+        size_t steps = 0;
+        CollectEMails(CString(text.c_str()), addresses, &steps);
+        EXPECT_LE(steps, 12 * text.size()) << unit;
+    }
 }
 
 TEST(CStringSet, OrderedAndUnique) {

@@ -8,7 +8,6 @@
 
 #include "command.h"
 #include "utils/common/utils_mail.h"
-#include "utils/framework/mbchar.h"
 
 namespace {
 
@@ -18,28 +17,14 @@ std::string ReadFile(const std::string& path) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-// A link is only looked for where a word starts, so "www.host.test" is not found again as
-// "ww.host.test" one byte later.
-bool StartsWord(const std::string& text, size_t i) {
-    if (i == 0) return true;
-    unsigned char prev = (unsigned char)text[i - 1];
-    return !mbc::IsAlnum(prev) && prev != '_' && prev != '.' && prev != '-' && prev != '@' && prev != ':' &&
-           prev != '/' && prev != '\\' && prev != '%' && prev < 0x80;
-}
-
-// Prints "offset<TAB>length<TAB>kind<TAB>text" for every link and address in text.
+// Prints "offset<TAB>length<TAB>kind<TAB>text" for every link and address in text; the
+// search is linear in the text, however it is made.
 void PrintLinks(const std::string& text) {
-    size_t i = 0;
-    while (i < text.size()) {
-        int len = 0;
-        bool isMail = false;
-        if (StartsWord(text, i) && IsValidURL(text.c_str() + i, len, isMail) && len > 0) {
-            std::printf("%lu\t%d\t%s\t%s\n", (unsigned long)i, len, isMail ? "email" : "link", text.substr(i, (size_t)len).c_str());
-            i += (size_t)len;
-        } else {
-            ++i;
-        }
-    }
+    std::vector<CLinkMatch> found;
+    FindLinks(text.c_str(), text.size(), found);
+    for (const CLinkMatch& m : found)
+        std::printf("%lu\t%d\t%s\t%s\n", (unsigned long)m.offset, m.length, m.isMail ? "email" : "link",
+                    text.substr(m.offset, (size_t)m.length).c_str());
 }
 
 void PrintEMails(const std::string& text) {
