@@ -237,29 +237,21 @@ TEST(CFile, MissingFileReportsItsCause) {
 }
 
 TEST(Geometry, RectsPointsAndSizes) {
-    CRect r(10, 20, 30, 60);
-    EXPECT_EQ(r.Width(), 20);
-    EXPECT_EQ(r.Height(), 40);
+    CRect r(10, 20, 30, 60), i, u, n(5, 5, 1, 1);
     EXPECT_EQ(r.Size(), CSize(20, 40));
     EXPECT_TRUE(r.PtInRect(CPoint(10, 20)));
-    EXPECT_FALSE(r.PtInRect(CPoint(30, 20))) << "right edge is exclusive";
-    EXPECT_FALSE(r.PtInRect(CPoint(10, 60))) << "bottom edge is exclusive";
-    CRect i;
+    EXPECT_FALSE(r.PtInRect(CPoint(30, 20)) || r.PtInRect(CPoint(10, 60)));  // right and bottom edges are exclusive
     EXPECT_TRUE(i.IntersectRect(r, CRect(25, 0, 100, 30)));
     EXPECT_EQ(i, CRect(25, 20, 30, 30));
-    EXPECT_FALSE(i.IntersectRect(r, CRect(30, 20, 40, 60))) << "touching rectangles do not overlap";
+    EXPECT_FALSE(i.IntersectRect(r, CRect(30, 20, 40, 60)));  // touching rectangles do not overlap
     EXPECT_TRUE(i.IsRectNull());
-    CRect u;
     EXPECT_TRUE(u.UnionRect(r, CRect(0, 0, 0, 0)));
-    EXPECT_EQ(u, r) << "an empty rectangle adds nothing";
-    CRect n(5, 5, 1, 1);
+    EXPECT_EQ(u, r);  // an empty rectangle adds nothing
     EXPECT_TRUE(n.IsRectEmpty());
     n.NormalizeRect();
     EXPECT_EQ(n, CRect(1, 1, 5, 5));
-    CPoint p(3, 4);
-    EXPECT_EQ(p - CPoint(1, 1), CSize(2, 3));
-    CRect wide(INT_MIN, 0, INT_MAX, 1);
-    EXPECT_EQ(wide.Width(), -1) << "width wraps in 32 bits";
+    EXPECT_EQ(CPoint(3, 4) - CPoint(1, 1), CSize(2, 3));
+    EXPECT_EQ(CRect(INT_MIN, 0, INT_MAX, 1).Width(), -1);  // width wraps in 32 bits
 }
 
 }  // namespace
