@@ -81,6 +81,8 @@ TEST_F(LocaleTest, UnknownOrderCodeReportsAndFollowsThePicture) {
     // Read back with the same picture, so the short form and the scanner agree.
     const char* p = "04.07.2012";
     EXPECT_EQ(WinDateTime::ScanDate(p), CDate(2012, 7, 4));
+    UseLocale({{LOCALE_IDATE, "7"}, {LOCALE_SDATE, "-"}, {LOCALE_SSHORTDATE, "yyyy-MM-dd"}});  // year first
+    EXPECT_EQ(std::string(WinDateTime::GetDate(CDate(2012, 7, 4))), "2012-07-04");
 }
 
 struct LongCase {
