@@ -269,14 +269,4 @@ TEST(FindLinks, CraftedRunsTakeLinearWork) {
     }
 }
 
-TEST(CStringSet, OrderedAndUnique) {
-    CStringSet set;
-    EXPECT_TRUE(set.Add("b") && set.Add("a") && !set.Add("b"));
-    EXPECT_EQ(set.GetCount(), 2);
-    EXPECT_EQ(*set.begin(), "a");
-    EXPECT_TRUE(set.Remove("a") && !set.Remove("a"));
-    set.RemoveAll();
-    EXPECT_TRUE(set.IsEmpty());
-}
-
 }  // namespace

@@ -120,20 +120,6 @@ TEST(ListMergeSort, MatchesTheLinkTableCallForCall) {
     g_scramble = false;
 }
 
-TEST(ListMergeSort, FlagPicksTheSenseAndTiesKeepTheirOrder) {
-    std::mt19937 rng(9);
-    const std::vector<Record> input = RandomRecords(rng, 5000, 10);
-    auto byKey = [](bool ascending) {
-        return [ascending](const Record& a, const Record& b) { return ascending ? a.key < b.key : a.key > b.key; };
-    };
-    for (int flag : {0, 1}) {
-        std::vector<Record> got = input, want = input;
-        ListMergeSort(got.data(), (unsigned)got.size(), sizeof(Record), CompareRecords, flag);
-        std::stable_sort(want.begin(), want.end(), byKey(flag != 0));
-        EXPECT_TRUE(SameRecords(got, want)) << "flag=" << flag;
-    }
-}
-
 TEST(ListMergeSort, SmallAndDegenerateInputs) {
     g_calls.clear();
     Record one[1] = {{4, 0}};

@@ -131,17 +131,6 @@ TEST(FileTimeService, PosixBackendRejectsFebruary29OfCommonYears) {
 }
 #endif
 
-TEST(FileTimeService, LocalAndUtcDifferByTodaysOffset) {
-    const long long offset = tsoracle::CurrentOffsetSeconds();
-    for (std::uint64_t utc : {Ticks(2006, 1, 15, 12), Ticks(2006, 7, 15, 12), Ticks(1700, 6, 1)}) {
-        std::uint64_t local = 0, back = 0;
-        ASSERT_TRUE(qm::platform::UtcToLocalFileTime(utc, local));
-        EXPECT_EQ((long long)(local - utc), offset * 10000000LL);
-        ASSERT_TRUE(qm::platform::LocalToUtcFileTime(local, back));
-        EXPECT_EQ(back, utc);
-    }
-}
-
 // --- CTime and COleDateTime helpers ---------------------------------------------------------
 
 // Instants on both sides of the 2006 transitions, and days where the rules of 2007 and later
