@@ -3,10 +3,12 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "command.h"
+#include "terminal_frame.h"
 #include "utils/common/utils_mail.h"
 
 namespace {
@@ -17,14 +19,28 @@ std::string ReadFile(const std::string& path) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-// Prints "offset<TAB>length<TAB>kind<TAB>text" for every link and address in text; the
-// search is linear in the text, however it is made.
-void PrintLinks(const std::string& text) {
+// Texts above this size show progress (one step per block) and can be cancelled.
+constexpr size_t kLongText = 256 * 1024;
+constexpr size_t kBlock = 64 * 1024;
+
+// Prints "offset<TAB>length<TAB>kind<TAB>text" for every link and address in text; false
+// when the user cancelled. The search is linear in the text, however it is made; what is
+// left for the steps of a long text is printing its links block by block.
+bool PrintLinks(const std::string& text) {
+    std::unique_ptr<qmutil::LongWork> work;
+    if (text.size() > kLongText) work = std::make_unique<qmutil::LongWork>("Looking for links", (ULONG)(text.size() / kBlock + 1));
     std::vector<CLinkMatch> found;
     FindLinks(text.c_str(), text.size(), found);
-    for (const CLinkMatch& m : found)
+    size_t nextStep = kBlock;
+    for (const CLinkMatch& m : found) {
+        while (work && m.offset >= nextStep) {
+            nextStep += kBlock;
+            if (!work->Step()) return false;
+        }
         std::printf("%lu\t%d\t%s\t%s\n", (unsigned long)m.offset, m.length, m.isMail ? "email" : "link",
                     text.substr(m.offset, (size_t)m.length).c_str());
+    }
+    return true;
 }
 
 void PrintEMails(const std::string& text) {
@@ -41,8 +57,9 @@ void PrintAddresses(const std::string& list) {
 
 int RunLinks(const std::vector<std::string>& args) {
     qmutil::RequireArgs(args, 1, "text links FILE");
-    PrintLinks(ReadFile(args[0]));
-    return 0;
+    if (PrintLinks(ReadFile(args[0]))) return 0;
+    std::fprintf(stderr, "qmutil: cancelled\n");
+    return 1;
 }
 
 int RunEMails(const std::vector<std::string>& args) {
@@ -81,7 +98,8 @@ const char kLinksHelp[] =
     "Prints every link and e-mail address found in FILE, one a line:\n"
     "  OFFSET<TAB>LENGTH<TAB>link|email<TAB>TEXT\n"
     "Links start with a known scheme (http://, https://, ftp://, ftp., news:, ...), file:// or\n"
-    "www.; trailing punctuation is not part of a link.\n";
+    "www.; trailing punctuation is not part of a link.\n"
+    "A file above 256 KiB shows its progress on standard error; Escape or Ctrl-C cancels.\n";
 
 const char kEMailsHelp[] =
     "usage: qmutil text emails FILE\n"

@@ -48,3 +48,4 @@ MFCQMUTILS_API void SmartSerializeSize(CArchive& ar, long& first, long& second);
 MFCQMUTILS_API void SmartSerializeSize(CArchive& ar, int& first, int& second);
 // Fields left, top, right, bottom.
 MFCQMUTILS_API void SmartSerializeRect(CArchive& ar, CRect& rc);
+#include "utils/common/mfcutils_wait.h"

@@ -6,11 +6,17 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "utils/platform/files.h"
+
 // The C runtime's 64-bit stream positions have different names on the two runtimes.
 #if defined(_WIN32)
 #define QM_FSEEK64 _fseeki64
 #define QM_FTELL64 _ftelli64
+#include <io.h>
+#define QM_TRUNCATE64(f, n) _chsize_s(_fileno(f), (n))
 #else
+#include <unistd.h>
+#define QM_TRUNCATE64(f, n) ftruncate(fileno(f), (off_t)(n))
 #define QM_FSEEK64 fseeko
 #define QM_FTELL64 ftello
 #endif
@@ -69,10 +75,10 @@ BOOL CFile::Open(LPCTSTR lpszFileName, UINT nOpenFlags, CFileException* pError) 
         mode = "r+b";
     }
     errno = 0;
-    FILE* f = std::fopen(lpszFileName, mode);
+    FILE* f = qm::platform::OpenFileStream(lpszFileName, mode);
     if (!f && (nOpenFlags & modeCreate) && (nOpenFlags & modeNoTruncate) && access != modeRead) {
         errno = 0;
-        f = std::fopen(lpszFileName, "w+b");  // "open or create" when the file is missing
+        f = qm::platform::OpenFileStream(lpszFileName, "w+b");  // "open or create" when the file is missing
     }
     if (!f) {
         if (pError) {
@@ -145,6 +151,13 @@ void CFile::Write(const void* lpBuf, UINT nCount) {
 void CFile::Flush() {
     FILE* f = Stream(m_hFile);
     if (f && std::fflush(f) != 0) AfxThrowFileException(CauseOf(errno), errno, m_strFileName);
+}
+
+void CFile::SetLength(ULONGLONG dwNewLen) {
+    FILE* f = Stream(m_hFile);
+    if (!f) AfxThrowFileException(CFileException::invalidFile);
+    if (dwNewLen > (ULONGLONG)INT64_MAX || std::fflush(f) != 0 || QM_TRUNCATE64(f, dwNewLen) != 0)
+        AfxThrowFileException(CFileException::hardIO, errno, m_strFileName);
 }
 
 void CFile::Close() {

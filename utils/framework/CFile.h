@@ -37,7 +37,8 @@ public:
     CFile(const CFile&) = delete;
     CFile& operator=(const CFile&) = delete;
 
-    // Files are always binary. The name is handed to the C runtime as given. FALSE on failure,
+    // Files are always binary. The name is a Windows path on every target (the platform's paths
+    // service finds the file it names). FALSE on failure,
     // with *pError (when given) describing it.
     virtual BOOL Open(LPCTSTR lpszFileName, UINT nOpenFlags, CFileException* pError = nullptr);
     virtual ULONGLONG GetPosition() const;
@@ -49,6 +50,8 @@ public:
     virtual UINT Read(void* lpBuf, UINT nCount);
     virtual void Write(const void* lpBuf, UINT nCount);
     virtual void Flush();
+    // Cuts or extends (with zeros) the file to dwNewLen bytes; the position is kept.
+    virtual void SetLength(ULONGLONG dwNewLen);
     virtual void Close();
     // Closes without reporting errors.
     virtual void Abort();
@@ -85,7 +88,7 @@ public:
     // start throws CFileException::badSeek.
     ULONGLONG Seek(LONGLONG lOff, UINT nFrom) override;
     ULONGLONG GetLength() const override { return m_nFileSize; }
-    void SetLength(ULONGLONG dwNewLen);
+    void SetLength(ULONGLONG dwNewLen) override;
     UINT Read(void* lpBuf, UINT nCount) override;
     void Write(const void* lpBuf, UINT nCount) override;
     void Flush() override {}

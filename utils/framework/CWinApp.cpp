@@ -1,20 +1,55 @@
 #include "utils/framework/CWinApp.h"
 
+#include <algorithm>
+#include <mutex>
+#include <vector>
+
+#include "utils/platform/thread.h"
+#include "utils/platform/window.h"
+
 namespace {
-CWinApp* g_currentApp = nullptr;
+
+// Every application object alive, in construction order; the last is the current one. Kept
+// for the whole process, so that objects destroyed in any order leave no dangling current.
+struct Apps {
+    std::mutex m;
+    std::vector<CWinApp*> alive;
+};
+
+Apps& TheApps() {
+    static Apps* apps = new Apps;
+    return *apps;
 }
 
-CCmdTarget::~CCmdTarget() = default;
-CWinThread::~CWinThread() = default;
-BOOL CWinThread::InitInstance() { return FALSE; }
-int CWinThread::ExitInstance() { return 0; }
+}  // namespace
 
-CWinApp::CWinApp(const char* lpszAppName) : m_pszAppName(lpszAppName) { g_currentApp = this; }
+CWinApp::CWinApp(const char* lpszAppName) : m_pszAppName(lpszAppName), m_nWaitCursorCount(0) {
+    m_nThreadID = qm::platform::CurrentThreadId();
+    Apps& apps = TheApps();
+    std::lock_guard<std::mutex> lock(apps.m);
+    apps.alive.push_back(this);
+}
 
 CWinApp::~CWinApp() {
-    if (g_currentApp == this) g_currentApp = nullptr;
+    Apps& apps = TheApps();
+    std::lock_guard<std::mutex> lock(apps.m);
+    apps.alive.erase(std::remove(apps.alive.begin(), apps.alive.end(), this), apps.alive.end());
 }
 
 BOOL CWinApp::InitInstance() { return TRUE; }
 
-CWinApp* AfxGetApp() { return g_currentApp; }
+void CWinApp::DoWaitCursor(int nCode) {
+    m_nWaitCursorCount += nCode;
+    if (m_nWaitCursorCount > 0) {
+        qm::platform::ShowWaitCursor(true);
+    } else {
+        m_nWaitCursorCount = 0;
+        qm::platform::ShowWaitCursor(false);
+    }
+}
+
+CWinApp* AfxGetApp() {
+    Apps& apps = TheApps();
+    std::lock_guard<std::mutex> lock(apps.m);
+    return apps.alive.empty() ? nullptr : apps.alive.back();
+}

@@ -1,0 +1,603 @@
+// CDIBitmap geometry and compositing: copy of a rectangle, crop, resize, rotation, mirror,
+// fill, paste, conversion to 24 bits, borders and canvas. Operations that change the size
+// build the result in a temporary bitmap and move it in, so a failed allocation leaves the
+// target as it was. Rectangles and points are picture coordinates (row 0 at the top).
+//
+// Rectangles and points outside the picture are reported as the checks describe; the work
+// then goes on with the part that lies inside the pictures (nothing when no part does), so
+// that no row or column outside a block is ever read or written.
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "utils/common/CVLogger.h"
+#include "utils/common/DIB.h"
+#include "utils/common/DIB_internal.h"
+
+#define QM_SOURCE_MODULE "Common\\DIB"
+
+namespace {
+
+// Bit `i` of a row, the leftmost pixel in the most significant bit.
+inline unsigned GetBit(const BYTE* row, std::uint64_t i) { return (row[i >> 3] >> (7 - (i & 7))) & 1u; }
+
+// Copies nbits bits of src starting at bit `start` to dst starting at bit 0; srcBytes bytes
+// of src may be read. The bits of dst's last byte past the copy are cleared.
+void CopyRowBits(BYTE* dst, const BYTE* src, std::uint64_t start, std::uint64_t nbits, std::uint64_t srcBytes) {
+    std::uint64_t nbytes = (nbits + 7) / 8;
+    unsigned sh = (unsigned)(start & 7);
+    const BYTE* s = src + (start >> 3);
+    std::uint64_t avail = srcBytes - (start >> 3);
+    if (sh == 0) {
+        std::memcpy(dst, s, (size_t)nbytes);
+    } else {
+        for (std::uint64_t j = 0; j < nbytes; ++j) {
+            unsigned hi = (unsigned)s[j] << sh;
+            unsigned lo = j + 1 < avail ? s[j + 1] >> (8 - sh) : 0;
+            dst[j] = (BYTE)(hi | lo);
+        }
+    }
+    unsigned rest = (unsigned)(nbits & 7);
+    if (rest) dst[nbytes - 1] &= (BYTE)(0xFF << (8 - rest));
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Copy, crop
+
+void CDIBitmap::Copy(const CDIBitmap& SrcBmp, CRect SrcRect) {
+    if (!CVASSERT(!IsValid())) {
+        if (IsAttached())
+            Detach();
+        else
+            Destroy();
+    }
+    CVASSERT(!SrcRect.IsRectEmpty());
+    CVASSERT((0 <= SrcRect.left) && (SrcRect.left < SrcBmp.GetWidth()));
+    CVASSERT((0 < SrcRect.right) && (SrcRect.right <= SrcBmp.GetWidth()));
+    CVASSERT((0 <= SrcRect.top) && (SrcRect.top < SrcBmp.GetHeight()));
+    CVASSERT((0 < SrcRect.bottom) && (SrcRect.bottom <= SrcBmp.GetHeight()));
+    if (!SrcBmp.IsValid() || &SrcBmp == this) return;
+    CRect rect;
+    if (!rect.IntersectRect(&SrcRect, CRect(0, 0, SrcBmp.GetWidth(), SrcBmp.GetHeight()))) return;
+
+    CDIBitmap result;
+    DWORD infoLen = SrcBmp.GetInfoLength();
+    auto* info = static_cast<BITMAPINFOHEADER*>(std::malloc(infoLen));
+    if (!info) return;
+    std::memcpy(info, SrcBmp.m_BmpInfo.m_pBmpInfo, infoLen);
+    result.m_BmpInfo.m_pBmpInfo = info;
+    result.m_BmpInfo.m_nSize = infoLen;
+    result.m_BmpInfo.SetSize(rect.Size());
+    WORD bpp = SrcBmp.GetBitCount();
+    std::uint64_t size = qm::dib::BitsSize(rect.Width(), rect.Height(), bpp);
+    result.m_BmpBits.m_pPtr = size ? static_cast<BYTE*>(std::malloc((size_t)size)) : nullptr;
+    if (!result.m_BmpBits.m_pPtr) return;
+    result.m_BmpBits.m_nSize = (DWORD)size;
+
+    CRect storage = SrcBmp.BottomUpToTopDown(rect);
+    std::uint64_t srcStride = Stride64(SrcBmp.GetWidth(), bpp);
+    std::uint64_t dstStride = Stride64(rect.Width(), bpp);
+    std::uint64_t srcUsed = ((std::uint64_t)SrcBmp.GetWidth() * bpp + 7) / 8;
+    bool wholeBytes = !(SrcBmp.GetBitCount() % 8);
+    if (!wholeBytes) CVASSERT((SrcBmp.GetBitCount() == 1) || (SrcBmp.GetBitCount() == 4));
+    for (int y = 0; y < rect.Height(); ++y) {
+        const BYTE* src = SrcBmp.m_BmpBits.m_pPtr + srcStride * (std::uint64_t)(storage.top + y);
+        BYTE* dst = result.m_BmpBits.m_pPtr + dstStride * (std::uint64_t)y;
+        std::memset(dst, 0, (size_t)dstStride);
+        if (wholeBytes) {
+            std::uint64_t bytes = bpp / 8;
+            std::memcpy(dst, src + bytes * (std::uint64_t)rect.left, (size_t)(bytes * (std::uint64_t)rect.Width()));
+        } else {
+            // The rectangle's left edge becomes bit 7 of the row's first byte.
+            std::uint64_t nbits = (std::uint64_t)rect.Width() * bpp;
+            CopyRowBits(dst, src, (std::uint64_t)rect.left * bpp, nbits, srcUsed);
+            unsigned n_dest_rest_bits_in_last_byte_of_line = (unsigned)(nbits % 8);
+            CVASSERT(n_dest_rest_bits_in_last_byte_of_line < 8);
+        }
+    }
+    MoveFrom(result);
+}
+
+namespace {
+
+// Frees what a bitmap holds in whichever mode it is (an attached block is only dropped).
+void Release(CDIBitmap& b) {
+    if (b.IsAttached())
+        b.Detach();
+    else
+        b.Destroy();
+}
+
+inline void PutBGR(BYTE* p, COLORREF c) {
+    p[0] = GetBValue(c);
+    p[1] = GetGValue(c);
+    p[2] = GetRValue(c);
+}
+
+// Nibble or bit `x` of a row (depth 1 or 4).
+inline unsigned GetSub(const BYTE* row, std::uint64_t x, int bpp) {
+    return bpp == 1 ? GetBit(row, x) : (x & 1 ? row[x >> 1] & 0x0F : row[x >> 1] >> 4);
+}
+inline void SetSub(BYTE* row, std::uint64_t x, int bpp, unsigned v) {
+    if (bpp == 1) {
+        BYTE m = (BYTE)(0x80 >> (x & 7));
+        row[x >> 3] = v ? (BYTE)(row[x >> 3] | m) : (BYTE)(row[x >> 3] & ~m);
+    } else if (x & 1) {
+        row[x >> 1] = (BYTE)((row[x >> 1] & 0xF0) | (v & 0x0F));
+    } else {
+        row[x >> 1] = (BYTE)((row[x >> 1] & 0x0F) | (v & 0x0F) << 4);
+    }
+}
+
+}  // namespace
+
+bool CDIBitmap::CreateLike(CDIBitmap& result, const CDIBitmap& model, std::int64_t width, std::int64_t height) {
+    Release(result);
+    if (width < 1 || height < 1 || width > 0x7FFFFFFF || height > 0x7FFFFFFF || !model.IsValid()) return false;
+    std::uint64_t size = qm::dib::BitsSize(width, height, model.GetBitCount());
+    if (!size) return false;
+    DWORD infoLen = model.GetInfoLength();
+    auto* info = static_cast<BITMAPINFOHEADER*>(std::malloc(infoLen));
+    BYTE* bits = static_cast<BYTE*>(std::malloc((size_t)size));
+    if (!info || !bits) {
+        std::free(info);
+        std::free(bits);
+        return false;
+    }
+    std::memcpy(info, model.m_BmpInfo.m_pBmpInfo, infoLen);
+    info->biWidth = (LONG)width;
+    info->biHeight = (LONG)height;
+    result.m_BmpInfo.m_pBmpInfo = info;
+    result.m_BmpInfo.m_nSize = infoLen;
+    result.m_BmpBits.m_pPtr = bits;
+    result.m_BmpBits.m_nSize = (DWORD)size;
+    return true;
+}
+
+namespace {
+
+// Fills every row of a 24-bit bitmap with the colour, padding bytes zero.
+void FillAll(CDIBitmap& b, COLORREF colour) {
+    std::uint64_t stride = b.DWAlignedBytesPerLine();
+    BYTE* first = b.GetBits();
+    std::memset(first, 0, (size_t)stride);
+    for (int x = 0; x < b.GetWidth(); ++x) PutBGR(first + 3 * (std::uint64_t)x, colour);
+    for (int y = 1; y < b.GetHeight(); ++y) std::memcpy(first + stride * y, first, (size_t)stride);
+}
+
+}  // namespace
+
+void CDIBitmap::Crop(const CRect& rect) {
+    if (rect.Width() == GetWidth() && rect.Height() == GetHeight()) return;
+    CDIBitmap cropped;
+    cropped.Copy(*this, rect);
+    if (!cropped.IsValid()) return;
+    Release(*this);
+    MoveFrom(cropped);
+}
+
+// ---------------------------------------------------------------------------------------------
+// 24 bits
+
+bool CDIBitmap::CopyAs24Bits(const CDIBitmap& src) {
+    if (&src == this) {
+        CDIBitmap tmp;
+        if (!tmp.CopyAs24Bits(src)) return false;
+        Release(*this);
+        MoveFrom(tmp);
+        return true;
+    }
+    Release(*this);
+    if (!src.IsValid() || !Create(src.GetWidth(), src.GetHeight(), 24)) return false;
+    LONG px, py;
+    src.GetPelsPerMeter(&px, &py);
+    SetPelsPerMeter(px, py);
+    std::memset(m_BmpBits.m_pPtr, 0, m_BmpBits.m_nSize);
+    for (int y = 0; y < GetHeight(); ++y)
+        for (int x = 0; x < GetWidth(); ++x) SetPixelColor(CPoint(x, y), src.GetPixelColor(CPoint(x, y)));
+    return true;
+}
+
+LONG CDIBitmap::Ensure_24Bits() {
+    if (GetBitCount() == 24) return 0;
+    CDIBitmap tmp;
+    if (!tmp.CopyAs24Bits(*this)) return 0;
+    Release(*this);
+    MoveFrom(tmp);
+    return m_BmpBits.IsValid() ? 0 : qm::dib::kOutOfMemory;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Resize
+
+int CDIBitmap::Resize(const CSize& size) {
+    if (size.cx < 1 || size.cy < 1 || !IsValid()) return 0;
+    CDIBitmap converted;
+    const CDIBitmap* src = this;
+    if (GetBitCount() != 24) {
+        if (!converted.CopyAs24Bits(*this)) return 0;
+        src = &converted;
+    }
+    int w = src->GetWidth(), h = src->GetHeight();
+    CDIBitmap result;
+    if (!CreateLike(result, *src, size.cx, size.cy)) return 0;
+    std::memset(result.GetBits(), 0, result.GetBitsSize());
+    double sx = (double)size.cx / w, sy = (double)size.cy / h;
+
+    // Per axis: nearest pixel, or the runs of source indexes that truncate to each target.
+    struct Span { int first, end; };
+    auto nearest = [](int n, int from, double s) {
+        std::vector<Span> v((size_t)n);
+        for (int i = 0; i < n; ++i) {
+            int k = std::min((int)(i / s), from - 1);
+            v[(size_t)i] = {k, k + 1};
+        }
+        return v;
+    };
+    auto runs = [](int n, int from, double s) {
+        std::vector<Span> v((size_t)n);
+        int r = 0;
+        for (int i = 0; i < n; ++i) {
+            int first = r;
+            while (r < from && (int)(r * s) == i) ++r;
+            // Rounding could leave a target index without a source run: it takes one row.
+            if (r == first) r = std::min(first + 1, from);
+            v[(size_t)i] = {std::min(first, from - 1), std::max(r, std::min(first, from - 1) + 1)};
+        }
+        return v;
+    };
+    bool grow = size.cx >= w && size.cy >= h;
+    bool averageRows = !grow && size.cx > w && size.cy < h;
+    bool averageCols = !grow && size.cx < w && size.cy > h;
+    bool middle = !grow && !averageRows && !averageCols;
+    std::vector<Span> rows = (averageRows || middle) ? runs(size.cy, h, sy) : nearest(size.cy, h, sy);
+    std::vector<Span> cols = (averageCols || middle) ? runs(size.cx, w, sx) : nearest(size.cx, w, sx);
+    if (middle) {
+        for (Span& s : rows) s = {(s.first + s.end) / 2, (s.first + s.end) / 2 + 1};
+        for (Span& s : cols) s = {(s.first + s.end) / 2, (s.first + s.end) / 2 + 1};
+    }
+    std::uint64_t srcStride = src->DWAlignedBytesPerLine(), dstStride = result.DWAlignedBytesPerLine();
+    for (int y = 0; y < size.cy; ++y) {
+        BYTE* out = result.GetBits() + dstStride * y;
+        const Span& ry = rows[(size_t)y];
+        if (!averageRows && !averageCols) {
+            // One source pixel per target pixel: a plain copy of its three bytes.
+            const BYTE* in = src->GetBits() + srcStride * ry.first;
+            for (int x = 0; x < size.cx; ++x, out += 3) {
+                const BYTE* p = in + 3 * (std::uint64_t)cols[(size_t)x].first;
+                out[0] = p[0];
+                out[1] = p[1];
+                out[2] = p[2];
+            }
+            continue;
+        }
+        for (int x = 0; x < size.cx; ++x, out += 3) {
+            const Span& cx = cols[(size_t)x];
+            unsigned sum[3] = {0, 0, 0}, count = 0;
+            for (int r = ry.first; r < ry.end; ++r)
+                for (int c = cx.first; c < cx.end; ++c, ++count) {
+                    const BYTE* p = src->GetBits() + srcStride * r + 3 * (std::uint64_t)c;
+                    sum[0] += p[0];
+                    sum[1] += p[1];
+                    sum[2] += p[2];
+                }
+            for (int k = 0; k < 3; ++k) out[k] = (BYTE)(sum[k] / count);
+        }
+    }
+    Release(*this);
+    MoveFrom(result);
+    return 1;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Rotation and mirror
+
+namespace {
+
+// Moves whole pixels of N bytes (n bytes when N is 0) from their source positions, in square
+// tiles that keep both the rows read and the rows written in the cache.
+template <size_t N, class Source>
+void RotateTiles(BYTE* bits, std::uint64_t dstStride, int rw, int rh, const BYTE* from, std::uint64_t srcStride,
+                 const Source& source, size_t n = N) {
+    const int tile = 32;
+    for (int y0 = 0; y0 < rh; y0 += tile)
+        for (int x0 = 0; x0 < rw; x0 += tile)
+            for (int y = y0; y < std::min(y0 + tile, rh); ++y) {
+                BYTE* out = bits + dstStride * y + n * (std::uint64_t)x0;
+                for (int x = x0; x < std::min(x0 + tile, rw); ++x, out += n) {
+                    int sx, sy;
+                    source(x, y, sx, sy);
+                    std::memcpy(out, from + srcStride * sy + n * (std::uint64_t)sx, N ? N : n);
+                }
+            }
+}
+
+// A quarter turn of a square picture of whole-byte pixels in its own block: every pixel moves
+// along a cycle of four positions, so no second block is needed.
+template <size_t N>
+void RotateSquareInPlace(BYTE* bits, std::uint64_t stride, int side, bool clockwise) {
+    auto at = [&](int x, int y) { return bits + stride * (std::uint64_t)y + N * (std::uint64_t)x; };
+    // Narrow along x (each step there moves two of the four positions by a row), long along y.
+    const int m = side - 1, tile = 8, tileY = 32;
+    const std::ptrdiff_t row = (std::ptrdiff_t)stride, step = (std::ptrdiff_t)N;
+    BYTE t[N];
+    for (int y0 = 0; y0 < side / 2; y0 += tileY)
+        for (int x0 = 0; x0 < (side + 1) / 2; x0 += tile)
+            for (int y = y0; y < std::min(y0 + tileY, side / 2); ++y) {
+                int x = x0, xe = std::min(x0 + tile, (side + 1) / 2);
+                // Along x the four positions move by a pixel or a row each.
+                BYTE* p0 = at(x, y);
+                BYTE* p2 = at(m - x, m - y);
+                BYTE* p1 = clockwise ? at(m - y, x) : at(y, m - x);
+                BYTE* p3 = clockwise ? at(y, m - x) : at(m - y, x);
+                std::ptrdiff_t d1 = clockwise ? row : -row, d3 = -d1;
+                for (; x < xe; ++x, p0 += step, p2 -= step, p1 += d1, p3 += d3) {
+                    std::memcpy(t, p0, N);
+                    std::memcpy(p0, p1, N);
+                    std::memcpy(p1, p2, N);
+                    std::memcpy(p2, p3, N);
+                    std::memcpy(p3, t, N);
+                }
+            }
+}
+
+}  // namespace
+
+void CDIBitmap::Rotate(eRotate angle) {
+    int bpp = GetBitCount();
+    if (!IsValid()) return;
+    bool quarter = angle == eRotate90 || angle == eRotate270;
+    if (!quarter && angle != eRotate180) {
+        CVASSERT_TEXT("FALSE");  // not a supported angle: the bitmap stays as it is
+        return;
+    }
+    bool sub = bpp < 8;
+    if ((sub && bpp != 1 && bpp != 4) || (!sub && bpp % 8) || (sub && !quarter)) {
+        CVASSERT_TEXT("FALSE");  // a half turn of 1- or 4-bit rows, or a depth without a path
+        return;
+    }
+    int w = GetWidth(), h = GetHeight();
+    if (quarter && w == h && !IsAttached() && (bpp == 24 || bpp == 32 || bpp == 8)) {
+        std::uint64_t stride = DWAlignedBytesPerLine(), used = (std::uint64_t)w * (bpp / 8);
+        if (bpp == 8) RotateSquareInPlace<1>(m_BmpBits.m_pPtr, stride, w, angle == eRotate90);
+        if (bpp == 24) RotateSquareInPlace<3>(m_BmpBits.m_pPtr, stride, w, angle == eRotate90);
+        if (bpp == 32) RotateSquareInPlace<4>(m_BmpBits.m_pPtr, stride, w, angle == eRotate90);
+        if (stride > used)
+            for (int y = 0; y < h; ++y) std::memset(m_BmpBits.m_pPtr + stride * y + used, 0, (size_t)(stride - used));
+        return;
+    }
+    int rw = quarter ? h : w, rh = quarter ? w : h;
+    CDIBitmap result;
+    std::uint64_t size = qm::dib::BitsSize(rw, rh, bpp);
+    DWORD infoLen = GetInfoLength();
+    auto* info = static_cast<BITMAPINFOHEADER*>(std::malloc(infoLen));
+    BYTE* bits = size ? static_cast<BYTE*>(std::malloc((size_t)size)) : nullptr;
+    bool bAllocOk = info && bits;
+    if (!CVASSERT(bAllocOk)) {
+        std::free(info);
+        std::free(bits);
+        return;
+    }
+    std::memcpy(info, m_BmpInfo.m_pBmpInfo, infoLen);
+    info->biWidth = rw;
+    info->biHeight = rh;
+    result.m_BmpInfo.m_pBmpInfo = info;
+    result.m_BmpInfo.m_nSize = infoLen;
+    result.m_BmpBits.m_pPtr = bits;
+    result.m_BmpBits.m_nSize = (DWORD)size;
+    // Half turns keep each row's padding bytes; quarter turns clear them.
+    if (quarter)
+        std::memset(bits, 0, (size_t)size);
+    else
+        std::memcpy(bits, m_BmpBits.m_pPtr, (size_t)size);
+
+    std::uint64_t srcStride = DWAlignedBytesPerLine(), dstStride = Stride64(rw, bpp);
+    const BYTE* from = m_BmpBits.m_pPtr;
+    // Source storage position of result storage position (x, y).
+    auto source = [&](int x, int y, int& sx, int& sy) {
+        if (angle == eRotate90) {
+            sx = w - 1 - y;
+            sy = x;
+        } else if (angle == eRotate270) {
+            sx = y;
+            sy = h - 1 - x;
+        } else {
+            sx = w - 1 - x;
+            sy = h - 1 - y;
+        }
+    };
+    if (sub) {
+        if (bpp == 1) CVASSERT(GetBitCount() == 1);
+        for (int y = 0; y < rh; ++y)
+            for (int x = 0; x < rw; ++x) {
+                int sx, sy;
+                source(x, y, sx, sy);
+                SetSub(bits + dstStride * y, (std::uint64_t)x, bpp, GetSub(from + srcStride * sy, (std::uint64_t)sx, bpp));
+            }
+    } else {
+        switch (bpp / 8) {
+        case 1: RotateTiles<1>(bits, dstStride, rw, rh, from, srcStride, source); break;
+        case 2: RotateTiles<2>(bits, dstStride, rw, rh, from, srcStride, source); break;
+        case 3: RotateTiles<3>(bits, dstStride, rw, rh, from, srcStride, source); break;
+        case 4: RotateTiles<4>(bits, dstStride, rw, rh, from, srcStride, source); break;
+        default: RotateTiles<0>(bits, dstStride, rw, rh, from, srcStride, source, (size_t)bpp / 8); break;
+        }
+    }
+    Release(*this);
+    MoveFrom(result);
+}
+
+void CDIBitmap::Mirror() {
+    if (!IsValid()) return;
+    int bpp = GetBitCount(), w = GetWidth(), h = GetHeight();
+    if ((bpp < 8 && bpp != 1 && bpp != 4) || (bpp >= 8 && bpp % 8)) {
+        CVASSERT_TEXT("FALSE");
+        return;
+    }
+    // Each row is read backwards from a copy of itself, so the block is rewritten in place:
+    // the result is the same as writing into a new block, without a second picture in memory.
+    std::uint64_t stride = DWAlignedBytesPerLine();
+    std::vector<BYTE> row((size_t)stride);
+    for (int y = 0; y < h; ++y) {
+        BYTE* out = m_BmpBits.m_pPtr + stride * y;
+        std::memcpy(row.data(), out, (size_t)stride);
+        const BYTE* in = row.data();
+        if (bpp < 8) {
+            for (int x = 0; x < w; ++x) {
+                unsigned Bits = GetSub(in, (std::uint64_t)(w - 1 - x), bpp);
+                if (bpp == 4) CVASSERT(Bits <= 0x0F);
+                SetSub(out, (std::uint64_t)x, bpp, Bits);
+            }
+        } else {
+            size_t n = (size_t)bpp / 8;
+            const BYTE* p = in + n * (std::uint64_t)(w - 1);
+            if (n == 3) {
+                for (int x = 0; x < w; ++x, p -= 3, out += 3) {
+                    out[0] = p[0];
+                    out[1] = p[1];
+                    out[2] = p[2];
+                }
+            } else {
+                for (int x = 0; x < w; ++x, p -= n, out += n) std::memcpy(out, p, n);
+            }
+        }
+    }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Fill, paste
+
+void CDIBitmap::Fill(const CRect& rect, DWORD colour) {
+    CVASSERT(!rect.IsRectEmpty());
+    CVASSERT((0 <= rect.left) && (rect.left < GetWidth()));
+    CVASSERT((0 < rect.right) && (rect.right <= GetWidth()));
+    CVASSERT((0 <= rect.top) && (rect.top < GetHeight()));
+    CVASSERT((0 < rect.bottom) && (rect.bottom <= GetHeight()));
+    if (!IsValid() || GetBitCount() != 24) return;
+    CRect area;
+    if (!area.IntersectRect(&rect, CRect(0, 0, GetWidth(), GetHeight()))) return;
+    CRect storage = BottomUpToTopDown(area);
+    std::uint64_t stride = DWAlignedBytesPerLine();
+    BYTE* first = m_BmpBits.m_pPtr + stride * storage.top + 3 * (std::uint64_t)area.left;
+    for (int x = 0; x < area.Width(); ++x) PutBGR(first + 3 * (std::uint64_t)x, colour);
+    for (int y = 1; y < area.Height(); ++y) std::memcpy(first + stride * y, first, 3 * (size_t)area.Width());
+}
+
+bool CDIBitmap::IsFitForPaste(const CDIBitmap& src) const {
+    return GetBitCount() == 24 || m_BmpInfo.IsBmpCompatible(src.m_BmpInfo);
+}
+
+bool CDIBitmap::Paste(const CDIBitmap& src, CPoint at) {
+    CRect dest_rect(at.x, at.y, (int)((std::int64_t)at.x + src.GetWidth()), (int)((std::int64_t)at.y + src.GetHeight()));
+    bool ok = CVASSERT(IsValid());
+    ok = CVASSERT(!dest_rect.IsRectEmpty()) && ok;
+    ok = CVASSERT((0 <= dest_rect.left) && (dest_rect.right <= GetWidth())) && ok;
+    ok = CVASSERT((0 <= dest_rect.top) && (dest_rect.bottom <= GetHeight())) && ok;
+    // Nothing is clipped: a source that does not fit entirely is not pasted.
+    if (!ok || !src.IsValid() || (std::int64_t)at.x + src.GetWidth() > GetWidth() ||
+        (std::int64_t)at.y + src.GetHeight() > GetHeight())
+        return false;
+    CRect storage = BottomUpToTopDown(dest_rect);
+    if (m_BmpInfo.IsBmpCompatible(src.m_BmpInfo)) {
+        PasteCompatible(src, storage);
+        return true;
+    }
+    return PasteIncompatible(src, storage);
+}
+
+bool CDIBitmap::PasteCompatible(const CDIBitmap& SrcBmp, const CRect& storageRect) {
+    CVASSERT(m_BmpInfo.IsBmpCompatible(SrcBmp.m_BmpInfo));
+    int bpp = GetBitCount();
+    std::uint64_t dstStride = DWAlignedBytesPerLine(), srcStride = SrcBmp.DWAlignedBytesPerLine();
+    std::uint64_t nbits = (std::uint64_t)SrcBmp.GetWidth() * bpp;
+    std::uint64_t start = (std::uint64_t)storageRect.left * bpp;
+    if (bpp < 8) {
+        CVASSERT((m_BmpInfo.GetBitCount() == 1) || (m_BmpInfo.GetBitCount() == 4));
+        CVASSERT(!(m_BmpInfo.GetBitCount() % 4));
+    }
+    for (int y = 0; y < SrcBmp.GetHeight(); ++y) {
+        const BYTE* in = SrcBmp.m_BmpBits.m_pPtr + srcStride * y;
+        BYTE* out = m_BmpBits.m_pPtr + dstStride * (std::uint64_t)(storageRect.top + y);
+        if (!(bpp % 8)) {
+            std::memmove(out + start / 8, in, (size_t)(nbits / 8));  // a bitmap may paste itself
+        } else {
+            // Bits shifted into place one by one, the bits around them kept.
+            for (std::uint64_t i = 0; i < nbits; ++i) {
+                std::uint64_t d = start + i;
+                BYTE m = (BYTE)(0x80 >> (d & 7));
+                out[d >> 3] = GetBit(in, i) ? (BYTE)(out[d >> 3] | m) : (BYTE)(out[d >> 3] & ~m);
+            }
+        }
+    }
+    return true;
+}
+
+bool CDIBitmap::PasteIncompatible(const CDIBitmap& SrcBmp, const CRect& storageRect) {
+    if (GetBitCount() != 24) return false;
+    int sbpp = SrcBmp.GetBitCount();
+    if (sbpp != 1 && sbpp != 4 && sbpp != 8 && sbpp != 16 && sbpp != 24 && sbpp != 32) return false;
+    std::uint64_t stride = DWAlignedBytesPerLine();
+    for (int y = 0; y < SrcBmp.GetHeight(); ++y) {
+        BYTE* out = m_BmpBits.m_pPtr + stride * (std::uint64_t)(storageRect.top + y) + 3 * (std::uint64_t)storageRect.left;
+        for (int x = 0; x < SrcBmp.GetWidth(); ++x, out += 3) {
+            CPoint pt(x, y);
+            COLORREF c;
+            if (sbpp <= 8)
+                c = SrcBmp.GetPixelColor(pt);
+            else if (sbpp == 16)
+                c = SrcBmp.GetPixelColor16(pt);
+            else {
+                DWORD v = SrcBmp.GetPixelValue(pt);
+                c = RGB(v >> 16 & 0xFF, v >> 8 & 0xFF, v & 0xFF);
+            }
+            PutBGR(out, c);
+        }
+    }
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Borders and canvas
+
+int CDIBitmap::AddBorders(int top, int bottom, int left, int right, DWORD colour) {
+    CVASSERT(top > 0);
+    CVASSERT(bottom > 0);
+    CVASSERT(left > 0);
+    CVASSERT(right > 0);
+    // A negative width would reach outside the new picture: it counts as no border.
+    return CanvasSize(std::max(top, 0), std::max(bottom, 0), std::max(left, 0), std::max(right, 0), colour);
+}
+
+int CDIBitmap::CanvasSize(int top, int bottom, int left, int right, DWORD colour) {
+    if (!IsValid()) return 0;
+    CDIBitmap converted;
+    const CDIBitmap* src = this;
+    if (GetBitCount() != 24) {
+        if (!converted.CopyAs24Bits(*this)) return 0;
+        src = &converted;
+    }
+    std::int64_t w = src->GetWidth(), h = src->GetHeight();
+    std::int64_t nw = w + left + right, nh = h + top + bottom;
+    CDIBitmap result;
+    // A canvas cut below one pixel is refused.
+    if (nw < 1 || nh < 1 || !CreateLike(result, *src, nw, nh)) return 0;
+    if (top > 0 || bottom > 0 || left > 0 || right > 0) {
+        FillAll(result, colour);
+    } else {
+        std::memset(result.GetBits(), 0, result.GetBitsSize());
+    }
+    std::int64_t dstRow = bottom > 0 ? bottom : 0, dstCol = left > 0 ? left : 0;
+    std::int64_t srcRow = bottom < 0 ? -(std::int64_t)bottom : 0, srcCol = left < 0 ? -(std::int64_t)left : 0;
+    std::int64_t cols = w - (left < 0 ? -(std::int64_t)left : 0) - (right < 0 ? -(std::int64_t)right : 0);
+    std::int64_t rows = h - (top < 0 ? -(std::int64_t)top : 0) - (bottom < 0 ? -(std::int64_t)bottom : 0);
+    std::uint64_t srcStride = src->DWAlignedBytesPerLine(), dstStride = result.DWAlignedBytesPerLine();
+    for (std::int64_t y = 0; y < rows && cols > 0; ++y)
+        std::memcpy(result.GetBits() + dstStride * (dstRow + y) + 3 * dstCol,
+                    src->GetBits() + srcStride * (srcRow + y) + 3 * srcCol, (size_t)(3 * cols));
+    Release(*this);
+    MoveFrom(result);
+    return 1;
+}

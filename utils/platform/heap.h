@@ -1,0 +1,48 @@
+// The library's private heap: one growable heap without serialization, blocks that know their
+// exact size, validation that tells the heap's own blocks from any other pointer, and an
+// allocation whose failure is caught and reported by its exception code instead of aborting.
+// Windows: HeapCreate/HeapAlloc/HeapReAlloc/HeapFree/HeapSize/HeapValidate with
+// HEAP_NO_SERIALIZE on every call. POSIX: the same contract over the C runtime allocator.
+#pragma once
+
+#include <cstddef>
+
+#include "utils/framework/wintypes.h"
+#include "utils/module/export.h"
+
+#if !defined(_WIN32)
+#define HEAP_NO_SERIALIZE 0x00000001
+#define HEAP_GENERATE_EXCEPTIONS 0x00000004
+#define HEAP_ZERO_MEMORY 0x00000008
+#endif
+
+// Exception codes of a failed heap call.
+#define QM_STATUS_ACCESS_VIOLATION 0xC0000005u
+#define QM_STATUS_NO_MEMORY 0xC0000017u
+
+namespace qm::platform {
+
+// HeapCreate(HEAP_NO_SERIALIZE, 0x200000, 0): 2 MiB to start, growable. Null on failure.
+MFCQMUTILS_API HANDLE CreatePrivateHeap();
+
+// HeapAlloc(heap, HEAP_NO_SERIALIZE | HEAP_GENERATE_EXCEPTIONS, size) under a handler that
+// accepts every exception: returns the block (not zero-filled), or null with the exception
+// code in *pExceptionCode (0 when the call succeeded).
+MFCQMUTILS_API void* HeapAllocGuarded(HANDLE heap, size_t size, DWORD* pExceptionCode);
+// HeapReAlloc(heap, HEAP_NO_SERIALIZE, block, size): the contents are kept; null on failure
+// (the old block then stays valid).
+MFCQMUTILS_API void* HeapReAllocBlock(HANDLE heap, void* block, size_t size);
+MFCQMUTILS_API bool HeapFreeBlock(HANDLE heap, void* block);
+// The exact size asked for the block; (size_t)-1 when the block is not one of the heap's.
+MFCQMUTILS_API size_t HeapBlockSize(HANDLE heap, const void* block);
+// True only for a live block of this heap.
+MFCQMUTILS_API bool HeapValidateBlock(HANDLE heap, const void* block);
+
+// Fault injection for tests: a request of more than `ceiling` bytes is passed to the heap as
+// a request for the largest possible size, so the heap's own out-of-memory path runs.
+// (size_t)-1, the default, turns it off. Returns the previous ceiling.
+MFCQMUTILS_API size_t SetHeapRequestCeiling(size_t ceiling);
+// The size actually asked of the heap for a request of `size` bytes.
+size_t CeiledHeapRequest(size_t size);
+
+}  // namespace qm::platform

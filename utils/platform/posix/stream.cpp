@@ -1,0 +1,129 @@
+#include "utils/platform/stream.h"
+
+#include <cstring>
+#include <new>
+#include <vector>
+
+#include "utils/framework/CFile.h"
+
+namespace qm::platform {
+
+namespace {
+
+class MemoryStream final : public IStream {
+public:
+    explicit MemoryStream(bool readOnly) : m_readOnly(readOnly) {}
+    std::vector<BYTE> m_data;
+
+    HRESULT QueryInterface(REFIID, void** ppv) override {
+        if (!ppv) return E_POINTER;
+        *ppv = this;
+        AddRef();
+        return S_OK;
+    }
+    ULONG AddRef() override { return ++m_refs; }
+    ULONG Release() override {
+        ULONG n = --m_refs;
+        if (n == 0) delete this;
+        return n;
+    }
+    HRESULT Read(void* pv, ULONG cb, ULONG* pcbRead) override {
+        if (!pv && cb) return STG_E_INVALIDPOINTER;
+        size_t n = m_pos < m_data.size() ? m_data.size() - m_pos : 0;
+        if (n > cb) n = cb;
+        if (n) std::memcpy(pv, m_data.data() + m_pos, n);
+        m_pos += n;
+        if (pcbRead) *pcbRead = (ULONG)n;
+        return n < cb ? S_FALSE : S_OK;
+    }
+    HRESULT Write(const void* pv, ULONG cb, ULONG* pcbWritten) override {
+        if (pcbWritten) *pcbWritten = 0;
+        if (m_readOnly) return STG_E_WRITEFAULT;
+        if (!pv && cb) return STG_E_INVALIDPOINTER;
+        try {
+            if (m_pos + cb > m_data.size()) m_data.resize(m_pos + cb);
+        } catch (const std::bad_alloc&) {
+            return STG_E_MEDIUMFULL;
+        }
+        if (cb) std::memcpy(m_data.data() + m_pos, pv, cb);
+        m_pos += cb;
+        if (pcbWritten) *pcbWritten = cb;
+        return S_OK;
+    }
+    HRESULT Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* pNew) override {
+        LONGLONG base = origin == STREAM_SEEK_SET ? 0
+                        : origin == STREAM_SEEK_CUR ? (LONGLONG)m_pos
+                        : origin == STREAM_SEEK_END ? (LONGLONG)m_data.size()
+                                                    : -1;
+        if (base < 0) return STG_E_INVALIDFUNCTION;
+        if ((move.QuadPart < 0 && -(move.QuadPart + 1) >= base) || (move.QuadPart > 0 && move.QuadPart > INT64_MAX - base))
+            return STG_E_INVALIDFUNCTION;
+        m_pos = (size_t)(base + move.QuadPart);
+        if (pNew) pNew->QuadPart = m_pos;
+        return S_OK;
+    }
+    HRESULT SetSize(ULARGE_INTEGER size) override {
+        if (m_readOnly) return STG_E_WRITEFAULT;
+        try {
+            m_data.resize((size_t)size.QuadPart);
+        } catch (const std::exception&) {
+            return STG_E_MEDIUMFULL;
+        }
+        return S_OK;
+    }
+    HRESULT CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*) override { return E_NOTIMPL; }
+    HRESULT Commit(DWORD) override { return S_OK; }
+    HRESULT Revert() override { return S_OK; }
+    HRESULT LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return E_NOTIMPL; }
+    HRESULT UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return E_NOTIMPL; }
+    HRESULT Stat(STATSTG* st, DWORD) override {
+        if (!st) return STG_E_INVALIDPOINTER;
+        std::memset(st, 0, sizeof *st);
+        st->type = STGTY_STREAM;
+        st->cbSize.QuadPart = m_data.size();
+        return S_OK;
+    }
+    HRESULT Clone(IStream**) override { return E_NOTIMPL; }
+
+private:
+    ULONG m_refs = 1;
+    size_t m_pos = 0;
+    bool m_readOnly;
+};
+
+}  // namespace
+
+IStream* CreateMemoryStream(const void* data, size_t size) {
+    auto* s = new (std::nothrow) MemoryStream(false);
+    if (!s) return nullptr;
+    try {
+        if (size) s->m_data.assign(static_cast<const BYTE*>(data), static_cast<const BYTE*>(data) + size);
+    } catch (const std::exception&) {
+        s->Release();
+        return nullptr;
+    }
+    return s;
+}
+
+IStream* OpenFileStream(const char* path) {
+    CFile file;
+    if (!path || !file.Open(path, CFile::modeRead | CFile::shareDenyWrite)) return nullptr;
+    auto* s = new (std::nothrow) MemoryStream(true);
+    if (!s) return nullptr;
+    try {
+        ULONGLONG length = file.GetLength();
+        if (length > 0xFFFFFFFFull) throw std::bad_alloc();
+        s->m_data.resize((size_t)length);
+        if (length && file.Read(s->m_data.data(), (UINT)length) != length) throw std::bad_alloc();
+    } catch (const std::exception&) {
+        s->Release();
+        return nullptr;
+    } catch (CException* e) {
+        e->Delete();
+        s->Release();
+        return nullptr;
+    }
+    return s;
+}
+
+}  // namespace qm::platform
