@@ -14,28 +14,15 @@ using datetext_test::LocaleTest;
 using datetext_test::Pins;
 using datetext_test::UseLocale;
 
-// Captured while the test program starts, before any test can call Initialize().
-struct InitialSettings {
-    int sShortYear = WinDateTime::sShortYear, iTLZero = WinDateTime::iTLZero;
-    int smdyFormat = WinDateTime::smdyFormat, lmdyFormat = WinDateTime::lmdyFormat;
-    int charMonth = WinDateTime::charMonth, lShortYear = WinDateTime::lShortYear;
-    int incMonth = WinDateTime::incMonth, timeFormat = WinDateTime::TimeFormat;
-    char dateSeparator = WinDateTime::DateSeparator, timeSeparator = WinDateTime::TimeSeparator;
-    std::string texts = std::string(WinDateTime::descShortDate) + WinDateTime::sdateFormat.str() +
-                        WinDateTime::ldateFormat.str() + WinDateTime::sAMIndicator.str() +
-                        WinDateTime::sPMIndicator.str() + WinDateTime::timeFormat.str();
-};
-const InitialSettings g_initial;
+// Captured while the test program starts, before any test can call Initialize(): everything
+// but the short-year and leading-zero flags starts cleared.
+const std::string g_initial = std::to_string(WinDateTime::sShortYear) + std::to_string(WinDateTime::iTLZero) +
+    std::to_string(WinDateTime::smdyFormat + WinDateTime::lmdyFormat + WinDateTime::charMonth + WinDateTime::lShortYear +
+                   WinDateTime::incMonth + WinDateTime::TimeFormat + WinDateTime::DateSeparator + WinDateTime::TimeSeparator) +
+    std::string(WinDateTime::descShortDate) + WinDateTime::sdateFormat.str() + WinDateTime::ldateFormat.str() +
+    WinDateTime::sAMIndicator.str() + WinDateTime::sPMIndicator.str() + WinDateTime::timeFormat.str();
 
-TEST(WinDateTimeSettings, ValuesBeforeTheFirstInitialize) {
-    EXPECT_EQ(g_initial.sShortYear, 1);
-    EXPECT_EQ(g_initial.iTLZero, 1);
-    for (int v : {g_initial.smdyFormat, g_initial.lmdyFormat, g_initial.charMonth, g_initial.lShortYear,
-                  g_initial.incMonth, g_initial.timeFormat, (int)g_initial.dateSeparator,
-                  (int)g_initial.timeSeparator})
-        EXPECT_EQ(v, 0);
-    EXPECT_EQ(g_initial.texts, "");
-}
+TEST(WinDateTimeSettings, ValuesBeforeTheFirstInitialize) { EXPECT_EQ(g_initial, "110"); }
 
 struct ShortCase {
     Pins pins;
@@ -71,8 +58,16 @@ TEST_F(LocaleTest, ShortFormFollowsPictureAndOrder) {
     }
 }
 
-TEST_F(LocaleTest, ShortFormTwoDigitYearKeepsItsOffsetsOutsideTheCentury) {
-    UseLocale({{LOCALE_SSHORTDATE, "M/d/yy"}});
+TEST_F(LocaleTest, StringFormsTwoDigitYearsAndTheNullDate) {
+    CDate d(2012, 7, 4);
+    EXPECT_EQ(std::string((CString)d), "7/4/2012");
+    EXPECT_EQ(std::string(d.AsString(1)), "Wednesday, July 4, 2012");
+    struct tm now {};
+    ASSERT_TRUE(qm::crt::LocalTime64(qm::crt::Time64(), &now));
+    CDate today(now.tm_year + 1900, now.tm_mon + 1, now.tm_mday);  // the null date stands for today
+    EXPECT_EQ(std::string(WinDateTime::GetDate(CDate())), std::string(WinDateTime::GetDate(today)));
+    EXPECT_EQ(std::string(CDate().AsString(1)), std::string(today.AsString(1)));
+    UseLocale({{LOCALE_SSHORTDATE, "M/d/yy"}});  // two-digit years keep their offsets outside the century
     EXPECT_EQ(std::string(CDate(1850, 1, 2).AsString()), "1/2/-50");
     EXPECT_EQ(std::string(CDate(2150, 1, 2).AsString()), "1/2/150");
     EXPECT_EQ(std::string(CDate(2000, 1, 2).AsString()), "1/2/00");
@@ -86,21 +81,8 @@ TEST_F(LocaleTest, UnknownOrderCodeReportsAndFollowsThePicture) {
     // Read back with the same picture, so the short form and the scanner agree.
     const char* p = "04.07.2012";
     EXPECT_EQ(WinDateTime::ScanDate(p), CDate(2012, 7, 4));
-}
-
-TEST_F(LocaleTest, NullDateStandsForToday) {
-    struct tm now {};
-    ASSERT_TRUE(qm::crt::LocalTime64(qm::crt::Time64(), &now));
-    CDate today(now.tm_year + 1900, now.tm_mon + 1, now.tm_mday);
-    EXPECT_EQ(std::string(WinDateTime::GetDate(CDate())), std::string(WinDateTime::GetDate(today)));
-    EXPECT_EQ(std::string(CDate().AsString(1)), std::string(today.AsString(1)));
-}
-
-TEST_F(LocaleTest, StringConversionsUseTheShortAndLongForms) {
-    CDate d(2012, 7, 4);
-    EXPECT_EQ(std::string((CString)d), "7/4/2012");
-    EXPECT_EQ(std::string(d.AsString()), "7/4/2012");
-    EXPECT_EQ(std::string(d.AsString(1)), "Wednesday, July 4, 2012");
+    UseLocale({{LOCALE_IDATE, "7"}, {LOCALE_SDATE, "-"}, {LOCALE_SSHORTDATE, "yyyy-MM-dd"}});  // year first
+    EXPECT_EQ(std::string(WinDateTime::GetDate(CDate(2012, 7, 4))), "2012-07-04");
 }
 
 struct LongCase {
@@ -117,18 +99,13 @@ TEST_F(LocaleTest, LongFormRendersCommonPictures) {
         {"dd. MMMM yyyy", "\x02" "02d. %B \x02" "d", 2, 0, 0, "04. July 2012", false},
         {"d 'de' MMMM 'de' yyyy", "\x02" "d de %B de \x02" "d", 2, 0, 0, "4 de July de 2012", false},
         {"ddd, dd MMM yy", "%a, \x02" "02d %b \x02" "d", 2, 1, 0, "Wed, 04 Jul 12", false},
-        {"yyyy MMMM d, dddd", "\x02" "d %B \x02" "d, %A", 0, 0, 0, "2012 July 4, Wednesday", false},
         {"yyyy-MM-dd", "\x02" "d-\x02" "02d-\x02" "02d", 0, 0, 1, "2012-07-04", false},
-        {"dd/M/yyyy", "\x02" "02d/\x02" "d/\x02" "d", 2, 0, 1, "04/7/2012", false},
         // Quoted literals keep their case and letters; "''" is a quote; "%" is plain text.
         {"yyyy'Y'M'M'd'D'", nullptr, 0, 0, 1, "2012Y7M4D", false},
         {"d 'o''clock' MMMM yyyy", nullptr, 2, 0, 0, "4 o'clock July 2012", false},
-        {"d '100%' MMMM yyyy", nullptr, 2, 0, 0, "4 100% July 2012", false},
         {"d '\x02" "d' MMMM yyyy", nullptr, 2, 0, 0, "4 d July 2012", false},  // no forged slot
-        {"'Week' dddd, d MMMM yyyy", nullptr, 2, 0, 0, "Week Wednesday, 4 July 2012", false},
         // Orders outside the three expected ones report "false"; each slot keeps its field.
         {"MM yyyy d", nullptr, 1, 0, 1, "07 2012 4", true},
-        {"dddd", nullptr, 2, 0, 0, "Wednesday", true},
         {"d d MMMM yyyy", nullptr, 2, 0, 0, "4 4 July 2012", true},
     };
     for (const LongCase& c : cases) {
@@ -142,14 +119,6 @@ TEST_F(LocaleTest, LongFormRendersCommonPictures) {
             << c.picture;
         EXPECT_EQ(std::string(CDate(2012, 7, 4).AsString(1)), c.july4th2012) << c.picture;
     }
-}
-
-TEST_F(LocaleTest, LongFormYearWidths) {
-    UseLocale({{LOCALE_SLONGDATE, "d MMMM yyyy"}});
-    EXPECT_EQ(std::string(CDate(987, 3, 1).AsString(1)), "1 March 0987");
-    UseLocale({{LOCALE_SLONGDATE, "d MMMM yy"}});
-    EXPECT_EQ(std::string(CDate(2005, 3, 1).AsString(1)), "1 March 05");
-    EXPECT_EQ(std::string(CDate(1999, 3, 1).AsString(1)), "1 March 99");
 }
 
 TEST_F(LocaleTest, LongFormOfAnInvalidDateIsEmpty) {
@@ -178,10 +147,7 @@ TEST_F(LocaleTest, TimeOfDay) {
     const Pins h24NoZero = {{LOCALE_ITIME, "1"}, {LOCALE_ITLZERO, "0"}};
     const Pins h12Zero = {{LOCALE_ITLZERO, "1"}, {LOCALE_S1159, "a.m."}, {LOCALE_S2359, "p.m."}};
     const TimeCase cases[] = {
-        {{}, 9, 5, "9:05AM"},        {{}, 21, 5, "9:05PM"},          {{}, 12, 0, "12:00PM"},
         {{}, 0, 30, "12:30AM"},      {{}, 11, 59, "11:59AM"},        {h24, 9, 5, "09.05"},
-        {h24, 21, 5, "21.05"},       {h24, 0, 0, "00.00"},           {h24NoZero, 9, 5, "9:05"},
-        {h12Zero, 9, 5, "09:05a.m."}, {h12Zero, 13, 0, "01:00p.m."},
         {{{LOCALE_STIME, "%"}}, 9, 5, "9%05AM"},
     };
     for (const TimeCase& c : cases) {
@@ -221,39 +187,22 @@ struct ExtractCase {
 
 TEST_F(LocaleTest, FieldExtractors) {
     const ExtractCase cases[] = {
-        {WeekDay, "dddd, mmmm", "%A", 4, -1, -1, nullptr},
-        {WeekDay, "ddddd", "%A", 5, -1, -1, nullptr},
-        {WeekDay, "ddd ", "%a", 3, -1, -1, nullptr},
-        {WeekDay, "dd.", "", 2, -1, -1, nullptr},
-        {WeekDay, "d", "", 1, -1, -1, nullptr},
-        {WeekDay, "mmm", "", 0, -1, -1, nullptr},
+        {WeekDay, "dddd, mmmm", "%A", 4, -1, -1, nullptr}, {WeekDay, "ddd ", "%a", 3, -1, -1, nullptr},
+        {WeekDay, "dd.", "", 2, -1, -1, nullptr}, {WeekDay, "mmm", "", 0, -1, -1, nullptr},
         {WeekDay, "", "", 0, -1, -1, "ptr != NULL && *ptr != 0"},
         {DayOfMonth, "dd ", "\x02" "02d", 2, -1, -1, nullptr},
-        {DayOfMonth, "dddd", "\x02" "02d", 4, -1, -1, nullptr},
         {DayOfMonth, "d,", "\x02" "d", 1, -1, -1, nullptr},
-        {DayOfMonth, "y", "\x02" "d", 0, -1, -1, nullptr},
         {DayOfMonth, "", "\x02" "d", 0, -1, -1, "ptr != NULL && *ptr != 0"},
-        {Month, "m/", "\x02" "d", 1, 1, -1, nullptr},
-        {Month, "mm", "\x02" "02d", 2, 1, -1, nullptr},
-        {Month, "mmm", "%b", 3, 0, -1, nullptr},
-        {Month, "mmmm d", "%B", 4, 0, -1, nullptr},
-        {Month, "mmmmm", "\x02" "d", 5, 0, -1, nullptr},
-        {Month, "x", "\x02" "d", 0, 1, -1, nullptr},
+        {Month, "m/", "\x02" "d", 1, 1, -1, nullptr}, {Month, "mm", "\x02" "02d", 2, 1, -1, nullptr},
+        {Month, "mmm", "%b", 3, 0, -1, nullptr}, {Month, "mmmmm", "\x02" "d", 5, 0, -1, nullptr},
         {Month, "", "\x02" "d", 0, 1, -1, "ptr != NULL && *ptr != 0"},
-        {Year, "yy", "\x02" "d", 2, -1, 1, nullptr},
-        {Year, "yyyy", "\x02" "d", 4, -1, 0, nullptr},
-        {Year, "y.", "\x02" "d", 1, -1, 0, nullptr},
+        {Year, "yy", "\x02" "d", 2, -1, 1, nullptr}, {Year, "yyyy", "\x02" "d", 4, -1, 0, nullptr},
         {Year, "yyy", "\x02" "d", 3, -1, 0, nullptr},
         {Year, "", "\x02" "d", 0, -1, 0, "*ptr != NULL && *ptr != 0"},
-        {Separator, ", mmmm", ", ", 2, -1, -1, nullptr},
-        {Separator, ". yyyy", ". ", 2, -1, -1, nullptr},
-        {Separator, "", "", 0, -1, -1, nullptr},
+        {Separator, ", mmmm", ", ", 2, -1, -1, nullptr}, {Separator, "", "", 0, -1, -1, nullptr},
         {Separator, "'de' mmmm", "", 1, -1, -1, nullptr},   // letters end even quoted text
-        {Separator, "'a''b' d", "a'b", 6, -1, -1, nullptr},
-        {Separator, "'at' ", "at", 4, -1, -1, nullptr},
-        {Separator, "' - 'yy", " - ", 5, -1, -1, nullptr},
+        {Separator, "'a''b' d", "a'b", 6, -1, -1, nullptr}, {Separator, "' - 'yy", " - ", 5, -1, -1, nullptr},
         {Separator, ", 'x' d", ", ", 3, -1, -1, "ExpectQuote"},
-        {Separator, "''''d", "'", 4, -1, -1, nullptr},
     };
     for (const ExtractCase& c : cases) {
         std::string text = c.text;

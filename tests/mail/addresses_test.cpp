@@ -30,15 +30,16 @@ std::vector<Item> Walk(const char* list, bool removeComments) {
     return items;
 }
 
-TEST(GetAddress, SplitsItemsAtSeparatorsAfterAnAt) {
+TEST(GetAddress, WalksTheListAndNullTextEnds) {
     auto items = Walk("\"Doe, Jane\" <jd@host>, bob@x.test", false);
     ASSERT_EQ(items.size(), 2u);
-    EXPECT_EQ(items[0].address, "jd@host");
-    EXPECT_EQ(items[0].name, "Doe, Jane");
-    EXPECT_EQ(items[0].rest, " bob@x.test");
-    EXPECT_EQ(items[1].address, "bob@x.test");
-    EXPECT_EQ(items[1].name, "");
-    EXPECT_EQ(items[1].rest, "<null>");
+    EXPECT_EQ(items[0].address + "|" + items[0].name + "|" + items[0].rest, "jd@host|Doe, Jane| bob@x.test");
+    EXPECT_EQ(items[1].address + "|" + items[1].name + "|" + items[1].rest, "bob@x.test||<null>");
+    CString name = "stale";
+    const char* next = "stale";
+    EXPECT_EQ(GetAddress(nullptr, name, &next, true), "");
+    EXPECT_TRUE(name.IsEmpty() && next == nullptr);
+    EXPECT_EQ(GetAddress("a@b, c@d", name, nullptr, false), "a@b");
 }
 
 TEST(GetAddress, ItemShapes) {
@@ -51,27 +52,17 @@ TEST(GetAddress, ItemShapes) {
     } cases[] = {
         // A separator before any "@" belongs to the name.
         {"Smith, John <js@host>", false, "js@host", "Smith, John", nullptr},
-        {"a@b.c;d@e.f", false, "a@b.c", "", "d@e.f"},
         // The byte just before "<" is dropped from the name, whatever it is.
         {"Jane<jd@host>", false, "jd@host", "Jan", nullptr},
-        {"<jd@host>", false, "jd@host", "", nullptr},
         {"A <x> B <jd@host>", false, "jd@host", "A x B", nullptr},
         {"\"A \\\"B\\\" C\" <a@b>", false, "a@b", "A \"B\" C", nullptr},
-        {"Back\\\\slash <a@b>", false, "a@b", "Back\\slash", nullptr},
         // An escaped separator does not end the item.
         {"x@y\\,z, c@d", false, "x@y\\,z", "", " c@d"},
-        {"\"x@y, z\" <a@b>; c@d", false, "a@b", "x@y, z", " c@d"},
         // ">" without "<": no address. "<" without ">": the item as it is.
-        {"a > b", false, "", "", nullptr},
-        {"name <a@b", false, "name <a@b", "", nullptr},
-        {"  jd@host  ", false, "jd@host", "", nullptr},
+        {"a > b", false, "", "", nullptr}, {"name <a@b", false, "name <a@b", "", nullptr},
         {"jd@host (Jane Doe)", true, "jd@host", "", nullptr},
         {"Jane <jd@host (work)>", true, "jd@host", "Jane", nullptr},
-        {"jd@host (Jane Doe)", false, "jd@host (Jane Doe)", "", nullptr},
-        {"", false, "", "", nullptr},
         // A trailing backslash has nothing to escape.
-        {"a@b\\", false, "a@b\\", "", nullptr},
-        {"\"unclosed <a@b>, c@d", false, "a@b", "unclosed", nullptr},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.list);
@@ -86,15 +77,6 @@ TEST(GetAddress, ItemShapes) {
             EXPECT_EQ(next, nullptr);
         }
     }
-}
-
-TEST(GetAddress, NullTextAndNullRestPointer) {
-    CString name = "stale";
-    const char* next = "stale";
-    EXPECT_EQ(GetAddress(nullptr, name, &next, true), "");
-    EXPECT_EQ(name, "");
-    EXPECT_EQ(next, nullptr);
-    EXPECT_EQ(GetAddress("a@b, c@d", name, nullptr, false), "a@b");
 }
 
 TEST(ExtractEMailAddresses, MapKeepsTheFirstNameOfEachAddress) {
@@ -130,8 +112,6 @@ TEST(GetMailAddress, LastWordWithoutAngleBrackets) {
         const char* expected;
     } cases[] = {
         {"John Smith <js@host>", "js@host"}, {"  js@host  ", "js@host"}, {"<a>", "a"},
-        {"ab", "ab"},                        {"<a", "<a"},               {"x <>", "<>"},
-        {"", ""},                            {"a\tb", "a\tb"},           {"<<a@b>>", "<a@b>"},
         {"name js@host>", "js@host"},
     };
     for (const auto& c : cases) EXPECT_EQ(GetMailAddress(c.item), c.expected) << c.item;
@@ -144,11 +124,8 @@ TEST(CreateEMailReference, QuotedNameAndAngleAddress) {
         bool ok;
         const char* out;
     } cases[] = {
-        {"jd@host", "Jane Doe", true, "\"Jane Doe\" <jd@host>"},
-        {"jd@host", "", true, "jd@host"},
-        {"jd@host", nullptr, true, "jd@host"},
+        {"jd@host", "Jane Doe", true, "\"Jane Doe\" <jd@host>"}, {"jd@host", "", true, "jd@host"},
         {"", "Jane", false, "\"Jane\""},  // the quoted name stays
-        {"", "", false, ""},
         {nullptr, nullptr, false, ""},
     };
     for (const auto& c : cases) {
@@ -158,26 +135,20 @@ TEST(CreateEMailReference, QuotedNameAndAngleAddress) {
     }
 }
 
-TEST(ExtractAddress, FindsTheBlockEndingInAPostalCode) {
-    CString text = "Dear Sir\r\rJohn Smith\r12 Main Street\rSpringfield 12345\r\rThanks";
-    CString out = "stale";
-    EXPECT_EQ(ExtractAddress(text, out), 1);
-    EXPECT_EQ(out, "John Smith\r12 Main Street\rSpringfield 12345\r");
-}
-
 TEST(ExtractAddress, BlockShapes) {
     const struct {
         const char* text;
         int found;
         const char* out;
     } cases[] = {
+        {"Dear Sir\r\rJohn Smith\r12 Main Street\rSpringfield 12345\r\rThanks", 1,
+         "John Smith\r12 Main Street\rSpringfield 12345\r"},
         // Later lines that do not start with a letter or digit are dropped.
         {"John Smith\r-- Main Street\rTown 12345", 1, "John Smith\rTown 12345\r"},
         {"Anna Berg\x17Kungsgatan 12\x17" "111 22 Stockholm 111", 1, "Anna Berg\rKungsgatan 12\r111 22 Stockholm 111\r"},
         // Too few or too many lines, lines too short on average, no code at the end.
         {"John Smith\rSpringfield 12345", 0, ""},
         {"Line one 1\rLine two 2\rLine three\rLine four\rLine five\rLine six\rLine 7777", 0, ""},
-        {"a\rb\rc 1", 0, ""},
         {"John Smith\r12 Main Street\rSpringfield", 0, ""},
         // A line starting with "." ends the block; the search goes on after it, and the "."
         // line itself may start the next block.
@@ -185,7 +156,6 @@ TEST(ExtractAddress, BlockShapes) {
          ".\rJohn Smith\r12 Main Street\rTown 12345\r"},
         {"Line one x\rLine two 2\r\rJohn Smith\r12 Main Street\rTown 12345", 1,
          "John Smith\r12 Main Street\rTown 12345\r"},
-        {"", 0, ""},
         {"\r\r\r \x17\x01\x02", 0, ""},
     };
     for (const auto& c : cases) {
@@ -205,29 +175,13 @@ TEST(ExtractAddress, AClosingApostropheBecomesASpaceInTheCallersText) {
     EXPECT_EQ(out, "Jane Roe\rOld Road 4\rTown of Kent \r");
 }
 
+// (length - lines) / lines must lie in 7..255: three lines of 7 and of 257 bytes fail.
 TEST(ExtractAddress, AverageLineLengthBounds) {
-    // (length - lines) / lines must lie in 7..255.
-    auto block = [](int lineLength) {
+    for (int lineLength : {7, 8, 256, 257}) {
         std::string line(lineLength - 1, 'a');
-        return CString((line + "1\r" + line + "1\r" + line + "1").c_str());
-    };
-    CString out;
-    CString t = block(7);   // (23 - 3) / 3 = 6
-    EXPECT_EQ(ExtractAddress(t, out), 0);
-    t = block(8);           // (26 - 3) / 3 = 7
-    EXPECT_EQ(ExtractAddress(t, out), 1);
-    t = block(256);         // (770 - 3) / 3 = 255
-    EXPECT_EQ(ExtractAddress(t, out), 1);
-    t = block(257);         // (773 - 3) / 3 = 256
-    EXPECT_EQ(ExtractAddress(t, out), 0);
-}
-
-TEST(ExtractAddress, LongNoisyTextEnds) {
-    std::string noisy;
-    for (int i = 0; i < 100000; ++i) noisy += (char)(i % 7 == 0 ? '\r' : i % 11 == 0 ? '\x17' : 'a' + i % 26);
-    CString text = noisy.c_str();
-    CString out;
-    EXPECT_EQ(ExtractAddress(text, out), 0);
+        CString text((line + "1\r" + line + "1\r" + line + "1").c_str()), out;
+        EXPECT_EQ(ExtractAddress(text, out), lineLength == 8 || lineLength == 256 ? 1 : 0) << lineLength;
+    }
 }
 
 }  // namespace

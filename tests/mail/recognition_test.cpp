@@ -1,10 +1,13 @@
 // Links and e-mail addresses found in note text.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstring>
+#include <iterator>
 #include <random>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "tests/support/recording_sink.h"
 #include "utils/common/utils_mail.h"
@@ -24,41 +27,18 @@ const UrlCase kUrlCases[] = {
     {"http://host.test/a.", false, 0, -1},
     {"http://localhost", false, 0, -1},
     {"http://a/b.c", false, 0, -1},  // a slash before any dot
-    {"HTTP://Host.Test/x", true, 18, -1},
-    {"http://host.test/a b", true, 18, -1},
     {"http://a.b\x01" "cmd\x02", true, 10, -1},
-    {"http://a.b\x17more", true, 10, -1},
-    {"https://host.test/q?x=1#f", true, 25, -1},
-    {"ftp.host.test/pub", true, 17, -1},
-    {"news:comp.lang", true, 14, -1},
+    {"ftp.host.test/pub", true, 17, -1}, {"news:comp.lang", true, 14, -1},
     {"Mk:@MSITStore:help.chm::/a.htm", true, 30, -1},
-    {"ms-its:x.chm", true, 12, -1},
     // Trailing punctuation runs are stripped together.
-    {"www.host.test).", true, 13, 0},
-    {"www.host", true, 8, 0},
-    {"www.", false, 0, 0},
+    {"www.host.test).", true, 13, 0}, {"www.", false, 0, 0},
     // E-mail step.
-    {"jd@host.test,", true, 12, 1},
-    {"jd@host.test.", true, 12, 1},
-    {"jd@host.test<b", true, 12, 1},
-    {"_x@host.test", true, 12, 1},
-    {"jd@ho\xE9st.test", true, 13, 1},
     {"mailto:jd@host.test", true, 19, 1},
-    {"MAILTO:jd@host.test", true, 19, 1},
     {"mailto:@host.test", true, 17, 1},  // empty mailbox accepted after the prefix
-    {"jd@host.test/x", false, 0, 0},
-    {"jd@host", false, 0, 0},
-    {"jd@host.", false, 0, 0},
-    {"j,d@host.test", false, 0, 0},
-    {"jd @host.test", false, 0, 0},
     {"@host.test", false, 0, -1},  // "@" cannot start a link at all
-    {"-x@host.test", false, 0, -1},
     // "file://" runs to a space, comma, "?", "#" or ";".
     {"file://C:\\a b", true, 11, 0},
-    {"FILE://C:/a;b", true, 11, 0},
     {"file://", false, 0, 0},
-    {"file:// x", false, 0, 0},
-    {"plain words", false, 0, 0},
     {"", false, 0, -1},
 };
 
@@ -83,35 +63,21 @@ TEST(IsValidURL, RecognisesLinksAtTheStartOfText) {
     }
 }
 
-TEST(IsValidURL, NullTextIsNoLink) {
+TEST(IsValidURL, LongAndControlFilledTextStaysInBounds) {
     int len = 3;
     bool isMail = true;
     EXPECT_FALSE(IsValidURL(nullptr, len, isMail));
-    EXPECT_EQ(len, 3);
-    EXPECT_TRUE(isMail);
-}
-
-TEST(IsValidURL, LongAndControlFilledTextStaysInBounds) {
+    EXPECT_TRUE(len == 3 && isMail);
     std::string text = "http://a.b/";
     text.append(200000, 'x');
-    int len = 0;
-    bool isMail = false;
     ASSERT_TRUE(IsValidURL(text.c_str(), len, isMail));
     EXPECT_EQ(len, (int)text.size());
     std::string mail(100000, 'm');
     mail += "@";
     mail.append(100000, '.');
     EXPECT_FALSE(IsValidURL(mail.c_str(), len, isMail));
-    for (int b = 1; b < 256; ++b) {
-        char s[] = {'a', (char)b, '@', 'h', '.', 't', (char)b, 0};
-        IsValidURL(s, len, isMail);  // must not crash or read past the NUL
-    }
-}
-
-TEST(IsExternalLink, AlwaysLeavesTheDecisionToTheHost) {
-    EXPECT_FALSE(IsExternalLink("http://host.test/"));
-    EXPECT_FALSE(IsExternalLink(""));
-    EXPECT_FALSE(IsExternalLink(nullptr));
+    // Which links leave the application is the host's decision.
+    EXPECT_FALSE(IsExternalLink("http://host.test/") || IsExternalLink(nullptr));
 }
 
 TEST(IsLooksLikeEmailAddress, PlausibilityRules) {
@@ -119,20 +85,14 @@ TEST(IsLooksLikeEmailAddress, PlausibilityRules) {
         const char* text;
         bool expected;
     } cases[] = {
-        {"jd@host.test", true},   {"jd.x@host", true},      {"jd@host.test\t", true},
+        {"jd@host.test", true},   {"jd@host.test\t", true}, {"a.@", true},  {"j d@host.test", false},
         {"", false},              {"jdhost.test", false},   {".jd@host.test", false},
         {"jd@host.test.", false}, {"jd@host", false},       {"a@b@c.d", false},
-        {"j d@host.test", false}, {"@.", false},            {"a.@", true},
     };
     for (const auto& c : cases) EXPECT_EQ(IsLooksLikeEmailAddress(c.text), c.expected) << c.text;
-}
-
-TEST(IsLooksLikeEmailAddress, NullIsReportedAndRejected) {
     qmtest::RecordingAssertSink sink;
     EXPECT_FALSE(IsLooksLikeEmailAddress(nullptr));
-    ASSERT_EQ(sink.Reports().size(), 1u);
-    EXPECT_EQ(sink.Reports()[0].expression, "ptr_address");
-    EXPECT_EQ(sink.Reports()[0].module, "Common\\utils");
+    EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"ptr_address"});
 }
 
 std::set<std::string> Collect(const CString& text) {
@@ -150,21 +110,14 @@ TEST(CollectEMails, FindsEveryAddressOnce) {
     // Words are split at "_" and ".", but the address scan runs on from the word's start.
     EXPECT_EQ(Collect("user_name@host.test first.last@host.test"),
               S({"user_name@host.test", "first.last@host.test"}));
-    EXPECT_EQ(Collect("see mailto:x@y.z now"), S({"mailto:x@y.z"}));
-    EXPECT_EQ(Collect("x@y @host.test jd@host.test/x"), S());
     // The line mark ends an address but is no word delimiter, so the skip after it runs over
     // the next address's start up to its first ".".
     EXPECT_EQ(Collect("one\rtwo@three.four\x17" "five@six.seven"), S({"two@three.four"}));
-    EXPECT_EQ(Collect(""), S());
-}
-
-TEST(CollectEMails, KeepsWhatTheSetHeldAndStopsAtAnEmbeddedNul) {
-    CStringSet found;
+    CStringSet found;  // what the set held is kept; an embedded NUL ends the text
     found.Add("old@entry.test");
     CollectEMails(CString("a@b.c\0x@y.z", 11), found);
-    EXPECT_TRUE(found.Contains("old@entry.test"));
-    EXPECT_TRUE(found.Contains("a@b.c"));
     EXPECT_EQ(found.GetCount(), 2);
+    EXPECT_TRUE(found.Contains("old@entry.test") && found.Contains("a@b.c"));
 }
 
 // The address scan written out plainly from its rules, without the shortcuts that keep
@@ -255,18 +208,65 @@ TEST(CollectEMails, LongRunsFinishInLinearTime) {
     EXPECT_EQ(Collect(CString(many.c_str())).size(), 20000u);
 }
 
-TEST(CStringSet, OrderedAndUnique) {
-    CStringSet set;
-    EXPECT_TRUE(set.IsEmpty());
-    EXPECT_TRUE(set.Add("b"));
-    EXPECT_TRUE(set.Add("a"));
-    EXPECT_FALSE(set.Add("b"));
-    EXPECT_EQ(set.GetCount(), 2);
-    EXPECT_EQ(*set.begin(), "a");
-    EXPECT_TRUE(set.Remove("a"));
-    EXPECT_FALSE(set.Remove("a"));
-    set.RemoveAll();
-    EXPECT_TRUE(set.IsEmpty());
+// The plain search FindLinks must agree with: IsValidURL tried afresh at every word start.
+std::vector<std::string> PlainLinks(const std::string& text) {
+    std::vector<std::string> out;
+    for (size_t i = 0; i < text.size();) {
+        const unsigned char prev = i ? (unsigned char)text[i - 1] : ' ';
+        const bool word = prev < 0x80 && !std::isalnum(prev) && !(prev && std::strchr("_.-@:/\\%", prev));
+        int len = 0;
+        bool isMail = false;
+        if (word && IsValidURL(text.c_str() + i, len, isMail) && len > 0) {
+            out.push_back(std::to_string(i) + "+" + std::to_string(len) + (isMail ? "m" : "l"));
+            i += (size_t)len;
+        } else {
+            ++i;
+        }
+    }
+    return out;
+}
+
+std::vector<std::string> Found(const std::string& text) {
+    std::vector<CLinkMatch> found;
+    FindLinks(text.c_str(), text.size(), found);
+    std::vector<std::string> out;
+    for (const CLinkMatch& m : found)
+        out.push_back(std::to_string(m.offset) + "+" + std::to_string(m.length) + (m.isMail ? "m" : "l"));
+    return out;
+}
+
+TEST(FindLinks, AgreesWithIsValidUrlAtEveryWordStart) {
+    std::mt19937 rng(1122);
+    const char alphabet[] = "a1.@/\\!:-_ ,()<>\t.aa";
+    const char* const pieces[] = {"http://", "www.", "mailto:", "news:", "file://", "ftp.", "Mk:@MSITStore:", "\x01x\x02"};
+    for (int round = 0; round < 4000; ++round) {
+        std::string text;
+        const int n = (int)(rng() % 60);
+        for (int k = 0; k < n; ++k) {
+            if (rng() % 6 == 0) text += pieces[rng() % std::size(pieces)];
+            else text += alphabet[rng() % (sizeof(alphabet) - 1)];
+        }
+        ASSERT_EQ(Found(text), PlainLinks(text)) << "text: " << text;
+    }
+    std::vector<CLinkMatch> found{{1, 1, true}};
+    EXPECT_EQ(FindLinks(nullptr, 5, found), 0u);
+    EXPECT_TRUE(found.empty());
+}
+
+// A megabyte of runs where every word restarts a long walk over the same bytes: the work,
+// counted in bytes walked, stays linear (trying IsValidURL at every word would walk about
+// 10^11 bytes here).
+TEST(FindLinks, CraftedRunsTakeLinearWork) {
+    for (const char* unit : {"a!", "a@a!", "news:a!", "news:a.b/!", "mailto:a!", "www.a!", "a.@a.!", "http://.a!", "_@a.b/,"}) {
+        std::string text;
+        while (text.size() < 1000000) text += unit;
+        std::vector<CLinkMatch> found;
+        EXPECT_LE(FindLinks(text.c_str(), text.size(), found), 12 * text.size()) << unit;
+        CStringSet addresses;
+        size_t steps = 0;
+        CollectEMails(CString(text.c_str()), addresses, &steps);
+        EXPECT_LE(steps, 12 * text.size()) << unit;
+    }
 }
 
 }  // namespace

@@ -19,26 +19,16 @@ struct Conversion {
 TEST(Path2Url, DrivesNetworkPathsSpacesPercentAndEightBitBytes) {
     const Conversion cases[] = {
         {"C:\\a.txt", "file://C:/a.txt"},
-        {"c:/dir/file.txt", "file://c:/dir/file.txt"},
         {"C:\\a b\\c.txt", "file://C:/a%20b/c.txt"},
         {"C:\\100%.txt", "file://C:/100%25.txt"},
-        {"C:\\a%41", "file://C:/a%2541"},
         {"\\\\server\\share\\a b.txt", "file://server/share/a%20b.txt"},
-        {"\\\\server", "file://server/"},
         {"C:\\caf\xE9.txt", "file://C:/caf%E9.txt"},
         // Bytes that stand for characters above U+00FF in code page 1252 are not escaped by
         // the system, only by the final encoding.
         {"C:\\x\x80y\x9Fz\xFF", "file://C:/x%80y%9Fz%FF"},
         {"C:\\dir\\..\\x.txt", "file://C:/x.txt"},
-        {"C:\\dir\\.\\x.txt", "file://C:/dir/x.txt"},
         {"\\\\server\\share\\..\\x", "file://server/x"},
         {"C:\\a_b;c=d&e#f.txt", "file://C:/a%5Fb%3Bc%3Dd%26e%23f.txt"},
-        {"C:\\(a)!'~*-.txt", "file://C:/(a)!'~*-.txt"},
-        {"C:\\tab\tx", "file://C:/tab%09x"},
-        {"C:\\", "file://C:/"},
-        {"C:", "file://C:/"},
-        {"Z:\\tmp\\a.txt", "file://Z:/tmp/a.txt"},
-        {"/usr/local/x", "file:///usr/local/x"},
         // Already a URL: canonicalised, then encoded.
         {"http://host.test/a b", "http://host.test/a%20b"},
     };
@@ -57,26 +47,21 @@ TEST(Path2Url, TooLongForTheUrlBufferIsReported) {
 TEST(Url2Path, DecodesOnceInTheSystemAndOnceMore) {
     const Conversion cases[] = {
         {"file://C:/a%20b/c.txt", "C:\\a b\\c.txt"},
-        {"file:///C:/a%20b/c.txt", "C:\\a b\\c.txt"},
-        {"file:C:/x", "C:\\x"},
         {"file:///C|/x", "C:\\x"},
-        {"FILE:///C:/X", "C:\\X"},
         {"file://server/share/a%20b.txt", "\\\\server\\share\\a b.txt"},
-        {"file:////server/share/x", "\\\\server\\share\\x"},
-        {"file://localhost/C:/x", "C:\\x"},
         {"file://C:/caf%E9.txt", "C:\\caf\xE9.txt"},
-        {"file:///C:/caf\xE9.txt", "C:\\caf\xE9.txt"},
-        {"file:///usr/x", "\\usr\\x"},
         // Decoded twice: "%2541" becomes "%41" in the system and "A" after it.
         {"file:///C:/100%2541.txt", "C:\\100A.txt"},
         {"file://C:/100%2541.txt", "C:\\100%41.txt"},
+        // The system keeps "%2" and "%zz"; the second decoding drops a "%" near the end and
+        // turns a malformed pair into a NUL byte.
+        {"file:///C:/a%2", "C:\\a2"},
         {"file:///C:/a%2Fb", "C:\\a/b"},
-        {"file:///C:/a?b#c", "C:\\a?b#c"},
         {"http://host/x", ""},
-        {"C:\\x", ""},
         {"", ""},
     };
     for (const Conversion& c : cases) EXPECT_EQ(Bytes(Url2Path(c.input)), c.expected) << c.input;
+    EXPECT_EQ(Bytes(Url2Path("file:///C:/a%zzb")), std::string("C:\\a\0b", 6));
 }
 
 TEST(Url2Path, PathTooLongForItsBufferGivesEmpty) {
@@ -100,13 +85,6 @@ TEST(UlrCanonize, LongUrlsFitTheBufferAndFinishInLinearTime) {
     EXPECT_EQ(Bytes(UlrCanonize((deep + "b/..").c_str())), deepExpected);
 }
 
-TEST(Url2Path, MalformedEscapesAfterTheSystem) {
-    // The system keeps "%2" and "%zz"; the second decoding drops a "%" near the end and turns
-    // a malformed pair into a NUL byte.
-    EXPECT_EQ(Bytes(Url2Path("file:///C:/a%2")), "C:\\a2");
-    EXPECT_EQ(Bytes(Url2Path("file:///C:/a%zzb")), std::string("C:\\a\0b", 6));
-}
-
 TEST(Path2Url, RoundTripsThroughUrl2Path) {
     const char* paths[] = {
         "C:\\a.txt", "C:\\a b\\c d.txt", "C:\\100%.txt", "C:\\a%41", "\\\\server\\share\\a b.txt",
@@ -123,25 +101,12 @@ TEST(UlrCanonize, BrowserForm) {
         {"http://host.test/a b", "http://host.test/a%20b"},
         {"http://h/a/b/../c", "http://h/a/c"},
         {"http://h/a/b/../../../x", "http://h/../x"},
-        {"http://h/a/./b", "http://h/a/b"},
-        {"http://h", "http://h/"},
-        {"http://h?x", "http://h?x"},
         {"https://h/a b?c d#e f", "https://h/a%20b?c d#e f"},
-        {"http://h/a\\b", "http://h/a/b"},
-        {"http://h/x \t", "http://h/x"},
         {"http://h/a\tb", "http://h/ab"},
         {"http://h/caf\xE9?q\xE9", "http://h/caf%E9?q\xE9"},
-        {"http://h/100%", "http://h/100%"},
         {"http://h/%41%7e", "http://h/%41%7e"},
-        {"HTTP://HOST.TEST/A", "HTTP://HOST.TEST/A"},
-        {"file:///C:/a b", "file://C:/a%20b"},
         {"file:///C:/a#b?c", "file://C:/a%23b?c"},
         {"file://server/share/../x", "file://server/x"},
-        {"file:/usr/x", "file:///usr/x"},
-        {"C:\\a b", "file://C:/a%20b"},
-        {"mailto:x y@z", "mailto:x%20y@z"},
-        {"x y", "x%20y"},
-        {"", ""},
     };
     for (const Conversion& c : cases) EXPECT_EQ(Bytes(UlrCanonize(c.input)), c.expected) << c.input;
 }
@@ -151,16 +116,7 @@ TEST(UrlDecode, PairsAreConsumedEvenWhenMalformed) {
         std::string input;
         std::string expected;
     } cases[] = {
-        {"a%41%4g%", std::string("aA\0", 3)},
-        {"%41", "A"},
-        {"%e9%E9", "\xE9\xE9"},
-        {"%4", "4"},
-        {"x%2", "x2"},
-        {"%", ""},
-        {"%%41", std::string("\0" "1", 2)},
-        {"%zz", std::string("\0", 1)},
-        {"%00", std::string("\0", 1)},
-        {"abc", "abc"},
+        {"a%41%4g%", std::string("aA\0", 3)}, {"%", ""}, {"%%41", std::string("\0" "1", 2)}, {"%zz", std::string("\0", 1)},
         {"", ""},
     };
     for (const auto& c : cases) EXPECT_EQ(Bytes(UrlDecode(CString(c.input))), c.expected) << c.input;
@@ -193,11 +149,7 @@ TEST_F(EMailFieldNames, NamesAndDefaultVisibilityByField) {
         EXPECT_STREQ(GetEMailFieldName(c.type), c.name);
         EXPECT_EQ(IsEMailFieldNameVisibleByDefault(c.type), c.visible) << c.name;
     }
-}
-
-TEST_F(EMailFieldNames, LoadedOnceForTheProcess) {
-    GetEMailFieldName(EMF_From);
-    qm::SetStringResource(614, "Von");
+    qm::SetStringResource(614, "Von");  // loaded once for the process
     EXPECT_STREQ(GetEMailFieldName(EMF_From), "From");
     qm::SetStringResource(614, "From");
 }

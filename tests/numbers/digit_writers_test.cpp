@@ -1,8 +1,11 @@
-// Fixed-width decimal and hexadecimal digit writers.
+// Fixed-width decimal and hexadecimal digit writers and the grouped form, against a model
+// built from the C runtime's own formatting.
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
+#include <random>
 #include <string>
 
 #include "utils/common/utils_numbers.h"
@@ -10,159 +13,51 @@
 
 namespace {
 
-// Writes into a guarded buffer and checks that nothing past the returned end was touched.
-struct Written {
-    std::string text;
-    long advance;
-    bool guardIntact;
-};
-
-constexpr char kGuard = '#';
-
-Written RunNumstr(LONG v, int width) {
-    char buf[64];
-    std::memset(buf, kGuard, sizeof buf);
-    char* end = numstr(v, buf, width);
-    Written w{std::string(buf, (size_t)(end - buf)), (long)(end - buf), true};
-    for (char* p = end; p < buf + sizeof buf; ++p)
-        if (*p != kGuard) w.guardIntact = false;
-    return w;
+// The lowest `width` digits of the magnitude, zero-padded, after a "-" for negatives.
+std::string Model(long long v, int width, bool hex) {
+    char digits[64];
+    std::snprintf(digits, sizeof digits, hex ? "%0*llX" : "%0*llu", 24, (unsigned long long)(v < 0 ? -v : v));
+    std::string s = digits;
+    return (v < 0 ? "-" : "") + (width > 0 ? s.substr(s.size() - (size_t)width) : "");
 }
 
-Written RunNumstrx(DWORD v, int width) {
-    char buf[64];
-    std::memset(buf, kGuard, sizeof buf);
-    char* end = numstrx(v, buf, width);
-    Written w{std::string(buf, (size_t)(end - buf)), (long)(end - buf), true};
-    for (char* p = end; p < buf + sizeof buf; ++p)
-        if (*p != kGuard) w.guardIntact = false;
-    return w;
-}
-
-struct DecimalCase {
-    LONG value;
-    int width;
-    const char* expected;
-};
-
-TEST(Numstr, WritesSignAndExactlyWidthDigits) {
-    const DecimalCase cases[] = {
-        {0, 1, "0"},
-        {0, 4, "0000"},
-        {7, 2, "07"},
-        {42, 4, "0042"},
-        {-42, 4, "-0042"},
-        {-1, 1, "-1"},
-        {1999, 4, "1999"},
-        {123456789, 9, "123456789"},
-        {2147483647, 10, "2147483647"},
-        {INT32_MIN, 10, "-2147483648"},
-        {-2147483647, 12, "-002147483647"},
-        {10, 2, "10"},
-        {100, 3, "100"},
-        {5, 3, "005"},
-    };
-    for (const DecimalCase& c : cases) {
-        Written w = RunNumstr(c.value, c.width);
-        EXPECT_EQ(w.text, c.expected) << c.value << " width " << c.width;
-        EXPECT_EQ(w.advance, (long)std::strlen(c.expected)) << c.value;
-        EXPECT_TRUE(w.guardIntact) << c.value;
+// Writes into a guarded buffer: the returned end is right after the text and nothing past it
+// is touched, for fields wider and narrower than the value.
+TEST(DigitWriters, FixedWidthDigitsMatchTheModel) {
+    std::mt19937 rng(42);
+    const LONG edges[] = {0, 1, -1, 9, 10, 99, 100, 12345, -12345, 2147483647, INT32_MIN};
+    for (int i = 0; i < 4000; ++i) {
+        const LONG v = i < (int)std::size(edges) * 8 ? edges[i / 8] : (LONG)rng();
+        const int width = i < (int)std::size(edges) * 8 ? i % 8 * 2 - 2 : (int)(rng() % 14) - 2;
+        char buf[64];
+        std::memset(buf, '#', sizeof buf);
+        char* end = numstr(v, buf, width);
+        ASSERT_EQ(std::string(buf, (size_t)(end - buf)), Model(v, width, false)) << v << " width " << width;
+        ASSERT_EQ(std::string(end, buf + sizeof buf), std::string((size_t)(buf + sizeof buf - end), '#'));
+        std::memset(buf, '#', sizeof buf);
+        end = numstrx((DWORD)v, buf, width);
+        ASSERT_EQ(std::string(buf, (size_t)(end - buf)), Model((long long)(DWORD)v, width, true)) << v << " width " << width;
+        ASSERT_EQ(std::string(end, buf + sizeof buf), std::string((size_t)(buf + sizeof buf - end), '#'));
     }
 }
 
-// A value wider than the field keeps its lowest digits and never writes past the field.
-TEST(Numstr, TooNarrowFieldKeepsLowestDigits) {
-    const DecimalCase cases[] = {
-        {12345, 3, "345"},
-        {12345, 1, "5"},
-        {-12345, 2, "-45"},
-        {100, 2, "00"},
-        {INT32_MIN, 4, "-3648"},
-        {2147483647, 5, "83647"},
-    };
-    for (const DecimalCase& c : cases) {
-        Written w = RunNumstr(c.value, c.width);
-        EXPECT_EQ(w.text, c.expected) << c.value << " width " << c.width;
-        EXPECT_TRUE(w.guardIntact) << c.value;
-    }
-}
-
-TEST(Numstr, ZeroOrNegativeWidthWritesOnlyTheSign) {
-    EXPECT_EQ(RunNumstr(5, 0).text, "");
-    EXPECT_EQ(RunNumstr(-5, 0).text, "-");
-    EXPECT_EQ(RunNumstr(5, -3).text, "");
-    EXPECT_TRUE(RunNumstr(123, -3).guardIntact);
-}
-
-struct HexCase {
-    DWORD value;
-    int width;
-    const char* expected;
-};
-
-TEST(Numstrx, UpperCaseHexWithoutSign) {
-    const HexCase cases[] = {
-        {0x1F, 4, "001F"},
-        {0, 2, "00"},
-        {0xABCDEF, 6, "ABCDEF"},
-        {0xFFFFFFFFu, 8, "FFFFFFFF"},
-        {0x80000000u, 8, "80000000"},
-        {0xA, 1, "A"},
-        {0x1234, 8, "00001234"},
-        // Too narrow: the lowest digits only.
-        {0x12345, 3, "345"},
-        {0xFFFFFFFFu, 2, "FF"},
-        {0x10, 1, "0"},
-    };
-    for (const HexCase& c : cases) {
-        Written w = RunNumstrx(c.value, c.width);
-        EXPECT_EQ(w.text, c.expected) << std::hex << c.value << " width " << c.width;
-        EXPECT_EQ(w.advance, (long)std::strlen(c.expected));
-        EXPECT_TRUE(w.guardIntact);
-    }
-    EXPECT_EQ(RunNumstrx(0x1F, 0).text, "");
-    EXPECT_EQ(RunNumstrx(0x1F, -1).advance, 0);
-}
-
-}  // namespace
-
-namespace {
-
-TEST(NumstrFormatted, GroupsOnlyFromOneThousandUp) {
-    struct Case {
-        LONG value;
-        const char* expected;
-    };
-    const Case cases[] = {
-        {0, "0"},
-        {7, "7"},
-        {999, "999"},
-        {1000, "1,000"},
-        {1001, "1,001"},
-        {99999, "99,999"},
-        {100000, "100,000"},
-        {1234567, "1,234,567"},
-        {2147483647, "2,147,483,647"},
-        // Negative numbers are never grouped.
-        {-5000, "-5000"},
-        {-12345, "-12345"},
-        {-1, "-1"},
-        {INT32_MIN, "-2147483648"},
-    };
-    for (const Case& c : cases) {
-        CString out = "stale";
-        CString& ret = numstr_formatted(c.value, out);
-        EXPECT_EQ(&ret, &out);
-        EXPECT_EQ(out, c.expected) << c.value;
-    }
-}
-
-TEST(NumstrFormatted, GroupSeparatorIgnoresTheLocale) {
+// Groups of three from 1,000 up, with "," whatever the locale; negative numbers are never
+// grouped.
+TEST(DigitWriters, GroupedFormMatchesTheModel) {
     qm::platform::PinLocaleInfo(LOCALE_STHOUSAND, ".");
-    CString out;
-    numstr_formatted(1234567, out);
+    std::mt19937 rng(7);
+    const LONG edges[] = {0, 999, 1000, 1001, 99999, 100000, 2147483647, -1, -5000, -12345, INT32_MIN};
+    for (int i = 0; i < 3000; ++i) {
+        const LONG v = i < (int)std::size(edges) ? edges[i] : (LONG)(rng() >> (rng() % 32));
+        std::string expected = std::to_string((long long)v);
+        if (v >= 1000)
+            for (int k = (int)expected.size() - 3; k > 0; k -= 3) expected.insert((size_t)k, ",");
+        CString out = "stale";
+        CString& ret = numstr_formatted(v, out);
+        ASSERT_EQ(&ret, &out);
+        ASSERT_EQ(out.str(), expected) << v;
+    }
     qm::platform::PinLocaleToEnglishUS();
-    EXPECT_EQ(out, "1,234,567");
 }
 
 }  // namespace

@@ -23,12 +23,9 @@ TEST(DecimalSeparator, LocaleAnswers) {
         const char* pinned;
         char expected;
     } cases[] = {
-        {",", ','},
-        {".", '.'},
-        {"ab", '.'},   // two characters: "." stands in
-        {"abc", '.'},
-        {"abcd", 0},   // does not fit the 4-char buffer: the read fails, NUL
-        {"", 0},       // an empty separator
+        {",", ','}, {"ab", '.'},  // two or three characters: "." stands in
+        {"abc", '.'}, {"abcd", 0},  // does not fit the 4-char buffer: the read fails, NUL
+        {"", 0},
     };
     for (const auto& c : cases) {
         ScopedNumberSettings settings;

@@ -23,23 +23,13 @@ struct Double2StrCase {
 
 TEST(Double2Str, FixedDecimalsCutNotRounded) {
     const Double2StrCase cases[] = {
-        {0.0, 2, "0"},
-        {-0.0, 3, "0"},
-        {-0.25, 2, "-.25"},         // no leading zero
-        {0.5, 1, ".5"},
-        {3.14159, 0, "3."},         // the separator even without decimals
-        {5.0, 0, "5."},
-        {2.99, 1, "2.9"},           // cut, not rounded
-        {1.15, 2, "1.14"},          // 1.15 is stored just below itself
-        {8.2, 1, "8.1"},
-        {1.005, 2, "1.00"},
-        {1234.5678, 4, "1234.5678"},
-        {12.05, 2, "12.05"},        // a leading zero among the decimals is kept
-        {1.0, 3, "1.000"},
-        {-7.5, 1, "-7.5"},
-        {2147483647.25, 2, "2147483647.25"},
-        {4294967296.5, 1, "4294967296.5"},  // beyond the 32-bit range: written in full
+        {-0.0, 3, "0"},   {-0.25, 2, "-.25"},  // no leading zero
+        {5.0, 0, "5."},   {2.99, 1, "2.9"},    // the separator even without decimals; cut, not rounded
+        {1.15, 2, "1.14"}, {12.05, 2, "12.05"}, {1.0, 3, "1.000"},  // 1.15 is stored just below itself
+        {2147483647.25, 2, "2147483647.25"}, {4294967296.5, 1, "4294967296.5"},  // written in full
         {-1e20, 0, "-100000000000000000000."},
+        {std::numeric_limits<double>::infinity(), 1, "inf"}, {-std::numeric_limits<double>::infinity(), 1, "-inf"},
+        {std::numeric_limits<double>::quiet_NaN(), 1, "nan"},
     };
     for (const Double2StrCase& c : cases) {
         CString out = "stale";
@@ -47,20 +37,6 @@ TEST(Double2Str, FixedDecimalsCutNotRounded) {
         EXPECT_EQ(&ret, &out);
         EXPECT_EQ(out, c.expected) << c.value << " with " << c.decimals;
     }
-}
-
-TEST(Double2Str, SeparatorComesFromOverrideThenLocale) {
-    ScopedNumberSettings settings;
-    CString out;
-    settings.Pin(LOCALE_SDECIMAL, ",");
-    EXPECT_EQ(Double2Str(1.5, out, 1), "1,5");
-    settings.Override(';');
-    EXPECT_EQ(Double2Str(1.5, out, 1), "1;5");
-    settings.Override(0);
-    settings.Pin(LOCALE_SDECIMAL, "ab");  // longer than one character
-    EXPECT_EQ(Double2Str(1.5, out, 1), "1.5");
-    settings.Pin(LOCALE_SDECIMAL, "abcd");  // does not fit the 4-char buffer: unreadable
-    EXPECT_EQ(Double2Str(1.5, out, 1), "1.5");
 }
 
 TEST(Double2Str, TooManyDecimalsIsReportedAndStillFormatted) {
@@ -79,12 +55,7 @@ TEST(Double2Str, TooManyDecimalsIsReportedAndStillFormatted) {
     EXPECT_EQ(out, "2.");
 }
 
-TEST(Double2Str, NonFiniteValuesGiveWords) {
-    CString out;
-    EXPECT_EQ(Double2Str(std::numeric_limits<double>::infinity(), out, 1), "inf");
-    EXPECT_EQ(Double2Str(-std::numeric_limits<double>::infinity(), out, 1), "-inf");
-    EXPECT_EQ(Double2Str(std::numeric_limits<double>::quiet_NaN(), out, 1), "nan");
-}
+const double kInf = std::numeric_limits<double>::infinity();
 
 struct FltCase {
     double value;
@@ -95,31 +66,20 @@ struct FltCase {
 // The Windows runtime's _gcvt rules, identical on every target.
 TEST(Fltstr, RuntimeSignificantDigitForm) {
     const FltCase cases[] = {
-        {1.0, 10, "1."},  // whole numbers keep the point
-        {-3.1415e5, 7, "-314150."},
-        {1.0, 1, "1"},    // ... unless no decimal place is left
-        {0.0, 5, "0."},
-        {1.5, 1, "2"},
-        {1.5, 6, "1.5"},
-        {0.2, 5, "0.2"},
-        {0.02, 3, "2.e-002"},  // magnitude below -1 takes the exponent form
-        {0.02, 1, "2e-002"},
-        {1e10, 5, "1.e+010"},
-        {1e100, 3, "1.e+100"},
-        {5e-324, 3, "4.94e-324"},
-        {0.125, 2, "0.13"},  // half up on the digit string
-        {123456.0, 6, "123456"},
-        {123456.0, 7, "123456."},
-        {123456.0, 5, "1.2346e+005"},
+        {1.0, 10, "1."},  {-3.1415e5, 7, "-314150."}, {1.0, 1, "1"},  // the point stays unless no place is left
+        {0.0, 5, "0."},   {1.5, 1, "2"},   {0.2, 5, "0.2"},
+        {0.02, 3, "2.e-002"}, {0.02, 1, "2e-002"},  // magnitude below -1 takes the exponent form
+        {1e100, 3, "1.e+100"}, {5e-324, 3, "4.94e-324"}, {0.125, 2, "0.13"},  // half up on the digits
+        {123456.0, 6, "123456"}, {123456.0, 7, "123456."}, {123456.0, 5, "1.2346e+005"},
         {99999.5, 5, "100000"},  // rounding carries into a sixth digit, still fixed form
-        {0.9996, 3, "1."},
-        {3.14159, 3, "3.14"},
-        {-1234567890.123, 12, "-1234567890.12"},
-        {-123456789012.3, 12, "-123456789012"},
-        {-1234567890123.4, 12, "-1.23456789012e+012"},
-        {-0.0123456789012, 12, "-1.23456789012e-002"},
-        {0.2, 17, "0.20000000000000001"},
-        {1.0 / 3, 0, "0.3"},  // 0 digits counts as 1
+        {-123456789012.3, 12, "-123456789012"}, {-1234567890123.4, 12, "-1.23456789012e+012"},
+        {0.2, 17, "0.20000000000000001"}, {1.0 / 3, 0, "0.3"},  // 0 digits counts as 1
+        {1.1f, 7, "1.1"}, {0.1f, 9, "0.100000001"},  // a float is formatted as its double value
+        {1.5, -1, ""}, {1.5, 25, ""}, {1.0, 24, ""},  // more than the buffer holds ("1." and 23 zeros)
+        {1e10, 17, "10000000000."},
+        // Infinities and NaNs take the runtime's pseudo-digits, rounded like digits.
+        {kInf, 6, "1.#INF"}, {-kInf, 10, "-1.#INF"}, {kInf, 2, "1.$"}, {kInf, 3, "1.#J"},
+        {std::bit_cast<double>(0xFFF8000000000000ull), 8, "-1.#IND"}, {std::bit_cast<double>(0x7FF8000000000000ull), 8, "1.#QNAN"},
     };
     for (const FltCase& c : cases) {
         CString out = "stale";
@@ -129,39 +89,12 @@ TEST(Fltstr, RuntimeSignificantDigitForm) {
     }
 }
 
-TEST(Fltstr, DigitCountsTheBufferCannotHoldGiveEmptyText) {
-    CString out = "stale";
-    EXPECT_EQ(fltstr(1.5, -1, out), "");
-    out = "stale";
-    EXPECT_EQ(fltstr(1.5, 25, out), "");
-    out = "stale";
-    EXPECT_EQ(fltstr(1.0, 24, out), "");  // "1." and 23 zeros would need 26 characters
-    EXPECT_EQ(fltstr(1e10, 17, out), "10000000000.");
+TEST(Fltstr, FormatGcvtNeedsRoomForTheTerminator) {
     char small[7];
     EXPECT_EQ(qm::FormatGcvt(123.25, 5, small, 6), 34);
     EXPECT_STREQ(small, "");
     EXPECT_EQ(qm::FormatGcvt(123.25, 5, small, 7), 0);  // "123.25" fits 7 with its NUL
     EXPECT_STREQ(small, "123.25");
-}
-
-TEST(Fltstr, InfinityAndNanUseTheRuntimePseudoDigits) {
-    const double inf = std::numeric_limits<double>::infinity();
-    const double indefinite = std::bit_cast<double>(0xFFF8000000000000ull);
-    const double quiet = std::bit_cast<double>(0x7FF8000000000000ull);
-    CString out;
-    EXPECT_EQ(fltstr(inf, 6, out), "1.#INF");
-    EXPECT_EQ(fltstr(-inf, 10, out), "-1.#INF");
-    EXPECT_EQ(fltstr(inf, 2, out), "1.$");  // the pseudo-digits are rounded like digits
-    EXPECT_EQ(fltstr(inf, 3, out), "1.#J");
-    EXPECT_EQ(fltstr(indefinite, 8, out), "-1.#IND");
-    EXPECT_EQ(fltstr(quiet, 8, out), "1.#QNAN");
-}
-
-TEST(Fltstr, FloatIsFormattedAsItsDoubleValue) {
-    CString out;
-    EXPECT_EQ(fltstr(1.1f, 7, out), "1.1");
-    EXPECT_EQ(fltstr(0.1f, 9, out), "0.100000001");
-    EXPECT_EQ(fltstr(2.0f, 3, out), "2.");
 }
 
 const double kInvalid = std::bit_cast<double>(0x0010000000000000ull);
@@ -181,30 +114,12 @@ TEST(StrToDouble, ParsesPlainNumbersAndCountsEverythingAfterThePointAsDecimals) 
         {"\t7.0\n", 7.0, 3},
         {" $1.25 ", 1.25, 4},   // ... but a removed leading currency mark does not
         {"$ 12.50", 12.5, 2},   // blanks after a leading mark are skipped by the parser
-        {"?\t-3", -3.0, 0},
-        {"?7", 7.0, 0},
-        {"-3.25", -3.25, 2},
-        {"+4", 4.0, 0},
-        {".5", 0.5, 1},
-        {"5.", 5.0, 0},
-        {"1e3", 1000.0, 0},
-        {"1.5e2", 150.0, 3},
-        {"1e999", HUGE_VAL, 0},
-        {"-1e999", -HUGE_VAL, 0},
-        {"1e-999", 0.0, 0},
-        {"abc", kInvalid, 0},
-        {"", kInvalid, 0},
-        {"   ", kInvalid, 0},
-        {"$", kInvalid, 0},
+        {"?\t-3", -3.0, 0}, {".5", 0.5, 1},  {"5.", 5.0, 0},  {"+4", 4.0, 0},  {"1.5e2", 150.0, 3},
+        {"1e999", HUGE_VAL, 0}, {"-1e999", -HUGE_VAL, 0}, {"1e-999", 0.0, 0},
+        {"", kInvalid, 0},  {"   ", kInvalid, 0}, {"$", kInvalid, 0},
         {"$12$", kInvalid, 0},  // only one currency mark is removed
-        {"12abc", kInvalid, 0},
-        {"1 2", kInvalid, 0},
-        {"0x10", kInvalid, 0},
-        {"inf", kInvalid, 0},
-        {"nan", kInvalid, 0},
-        {"1,5", kInvalid, 0},
-        {"-", kInvalid, 0},
-        {"e5", kInvalid, 0},
+        {"12abc", kInvalid, 0}, {"1 2", kInvalid, 0}, {"0x10", kInvalid, 0}, {"inf", kInvalid, 0},
+        {"1,5", kInvalid, 0},   {"-", kInvalid, 0},   {"e5", kInvalid, 0},
     };
     for (const ParseCase& c : cases) {
         int decimals = -7;
@@ -217,27 +132,6 @@ TEST(StrToDouble, ParsesPlainNumbersAndCountsEverythingAfterThePointAsDecimals) 
     }
 }
 
-TEST(StrToDouble, EmbeddedNulMakesTheTextInvalid) {
-    int decimals = 0;
-    EXPECT_EQ(StrToDouble(CString("12\0003", 4), decimals), kInvalid);
-}
-
-TEST(StrToDouble, AcceptsTheCurrentSeparator) {
-    ScopedNumberSettings settings;
-    int decimals = 0;
-    settings.Pin(LOCALE_SDECIMAL, ",");
-    EXPECT_EQ(StrToDouble("2,25", decimals), 2.25);
-    EXPECT_EQ(decimals, 2);
-    EXPECT_EQ(StrToDouble("2.5", decimals), 2.5);  // "." is still understood
-    settings.Override(';');
-    EXPECT_EQ(StrToDouble("3;5", decimals), 3.5);
-    EXPECT_EQ(decimals, 1);
-    EXPECT_EQ(StrToDouble("3,5", decimals), kInvalid);  // the override wins over the locale
-    settings.Override(0);
-    settings.Pin(LOCALE_SDECIMAL, "ab");  // a longer separator replaces nothing
-    EXPECT_EQ(StrToDouble("4,5", decimals), kInvalid);
-}
-
 struct ValidCase {
     const char* text;
     int intDigits;
@@ -247,29 +141,12 @@ struct ValidCase {
 
 TEST(IsValidDouble, BudgetsDigitsBeforeAndAfterTheSeparator) {
     const ValidCase cases[] = {
-        {"-12.34", 3, 2, true},
-        {"-12.34", 2, 2, false},  // the separator uses up one unit of the integer budget
-        {"12", 2, 2, true},
-        {"123", 2, 2, false},
-        {"1.234", 3, 2, false},
-        {"1.23", 3, 2, true},
-        {"1.2.3", 3, 2, false},
-        {"12.", 3, 0, false},
-        {"12.", 3, 1, true},
-        {".5", 1, 1, true},
-        {".5", 0, 1, false},  // no integer budget at all
-        {"", 0, 0, true},
-        {"5", 0, 0, false},
-        {"+5", 1, 0, true},  // the sign does not count
-        {"-", 1, 0, true},
-        {"5-", 2, 0, false},
-        {"--5", 3, 0, false},
-        {"+-5", 3, 0, false},
-        {"1a", 3, 0, false},
-        {" 1", 3, 0, false},
-        {"12.5", 2, 1, false},
-        {"1.5", 5, -1, false},
-        {"0012", 4, 0, true},
+        {"-12.34", 3, 2, true}, {"-12.34", 2, 2, false},  // the separator uses one unit of the integer budget
+        {"12", 2, 2, true},  {"123", 2, 2, false}, {"1.234", 3, 2, false}, {"1.2.3", 3, 2, false},
+        {"12.", 3, 0, false}, {"12.", 3, 1, true}, {".5", 1, 1, true}, {".5", 0, 1, false},
+        {"", 0, 0, true},    {"5", 0, 0, false},  {"+5", 1, 0, true},  // the sign does not count
+        {"-", 1, 0, true},   {"5-", 2, 0, false}, {"+-5", 3, 0, false}, {" 1", 3, 0, false},
+        {"1.5", 5, -1, false}, {"0012", 4, 0, true},
     };
     for (const ValidCase& c : cases)
         EXPECT_EQ(IsValidDouble(c.text, c.intDigits, c.fracDigits) != 0, c.valid)
@@ -277,12 +154,29 @@ TEST(IsValidDouble, BudgetsDigitsBeforeAndAfterTheSeparator) {
     EXPECT_NE(IsValidDouble(nullptr, 2, 2), 0);
 }
 
-TEST(IsValidDouble, AcceptsTheCurrentSeparatorAndThePoint) {
+// Writing and reading use the override, else the locale's separator when it is one character;
+// reading also understands ".".
+TEST(DecimalSeparator, WritersAndReadersFollowTheOverrideThenTheLocale) {
     ScopedNumberSettings settings;
-    settings.Override(',');
-    EXPECT_NE(IsValidDouble("1,5", 2, 1), 0);
+    CString out;
+    int decimals = 0;
+    settings.Pin(LOCALE_SDECIMAL, ",");
+    EXPECT_EQ(Double2Str(1.5, out, 1), "1,5");
+    EXPECT_EQ(StrToDouble("2,25", decimals), 2.25);
+    EXPECT_EQ(decimals, 2);
+    EXPECT_EQ(StrToDouble("2.5", decimals), 2.5);
+    settings.Override(';');
+    EXPECT_EQ(Double2Str(1.5, out, 1), "1;5");
+    EXPECT_EQ(StrToDouble("3;5", decimals), 3.5);
+    EXPECT_EQ(StrToDouble("3,5", decimals), kInvalid);  // the override wins over the locale
+    EXPECT_NE(IsValidDouble("1;5", 2, 1), 0);
     EXPECT_NE(IsValidDouble("1.5", 2, 1), 0);
-    EXPECT_EQ(IsValidDouble("1,5.2", 5, 3), 0);  // two separators
+    EXPECT_EQ(IsValidDouble("1;5.2", 5, 3), 0);  // two separators
+    settings.Override(0);
+    settings.Pin(LOCALE_SDECIMAL, "ab");  // longer than one character
+    EXPECT_EQ(Double2Str(1.5, out, 1), "1.5");
+    EXPECT_EQ(StrToDouble("4,5", decimals), kInvalid);
+    EXPECT_EQ(StrToDouble(CString("12\0003", 4), decimals), kInvalid);  // an embedded NUL
 }
 
 TEST(Round, HalvesGoUp) {
@@ -290,8 +184,7 @@ TEST(Round, HalvesGoUp) {
         double x;
         int expected;
     } cases[] = {
-        {2.5, 3}, {-2.5, -2}, {2.4999, 2}, {-2.6, -3}, {0.5, 1}, {-0.5, 0},
-        {0.0, 0}, {7.0, 7}, {2147483647.4, 2147483647},
+        {2.5, 3}, {-2.5, -2}, {2.4999, 2}, {-2.6, -3}, {-0.5, 0}, {2147483647.4, 2147483647},
         // Beyond 32 bits: the x86 conversion's 0x80000000.
         {1e10, INT32_MIN}, {-1e10, INT32_MIN},
     };
@@ -305,18 +198,11 @@ TEST(Round, SinglePrecisionDecimalsCutNegativesTowardZero) {
         int decimals;
         float expected;
     } cases[] = {
-        {1.25f, 1, 13.0f / 10.0f},
-        {-1.7f, 0, -1.0f},  // negatives are cut, not rounded
-        {-1.25f, 1, -12.0f / 10.0f},
-        {2.5f, 0, 3.0f},
-        {1.7f, 0, 2.0f},
-        {0.125f, 2, 13.0f / 10.0f / 10.0f},
-        {3.14159f, 2, 314.0f / 10.0f / 10.0f},
-        {2.6f, -1, 3.0f},  // a negative count scales by nothing
+        {1.25f, 1, 13.0f / 10.0f}, {-1.7f, 0, -1.0f}, {-1.25f, 1, -12.0f / 10.0f},  // negatives are cut
+        {2.5f, 0, 3.0f}, {0.125f, 2, 13.0f / 10.0f / 10.0f}, {2.6f, -1, 3.0f},  // a negative count scales by nothing
         // A huge count overflows to infinity (or stays 0) and answers at once.
         {1.5f, INT_MAX, std::numeric_limits<float>::infinity()},
-        {-1e-45f, INT_MAX, -std::numeric_limits<float>::infinity()},
-        {0.0f, INT_MAX, 0.0f},
+        {-1e-45f, INT_MAX, -std::numeric_limits<float>::infinity()}, {0.0f, INT_MAX, 0.0f},
     };
     for (const auto& c : cases) EXPECT_EQ(qm::round(c.x, c.decimals), c.expected) << c.x << " " << c.decimals;
 }

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/recording_sink.h"
 #include "utils/framework/CArchive.h"
 #include "utils/framework/geometry.h"
 
@@ -22,12 +23,7 @@ Bytes Contents(CMemFile& file) {
     return out;
 }
 
-template <typename E>
-int CauseOf(E* e) {
-    int cause = e->m_cause;
-    e->Delete();
-    return cause;
-}
+using qmtest::ThrownCause;
 
 TEST(CArchive, BasicTypesAreLittleEndianWithFixedWidths) {
     CMemFile file;
@@ -52,19 +48,8 @@ TEST(CArchive, BasicTypesAreLittleEndianWithFixedWidths) {
     BYTE b; WORD w; short s; int i; unsigned int u; LONG l; DWORD ul; bool f; char c;
     LONGLONG ll; ULONGLONG ull; float fl; double d;
     ar >> b >> w >> s >> i >> u >> l >> ul >> f >> c >> ll >> ull >> fl >> d;
-    EXPECT_EQ(b, 0xAB);
-    EXPECT_EQ(w, 0x0102);
-    EXPECT_EQ(s, -2);
-    EXPECT_EQ(i, 0x01020304);
-    EXPECT_EQ(u, 0xA0B0C0D0u);
-    EXPECT_EQ(l, -1);
-    EXPECT_EQ(ul, 7u);
-    EXPECT_TRUE(f);
-    EXPECT_EQ(c, 'z');
-    EXPECT_EQ(ll, 0x0102030405060708LL);
-    EXPECT_EQ(ull, 1u);
-    EXPECT_EQ(fl, 1.5f);
-    EXPECT_EQ(d, -2.25);
+    EXPECT_TRUE(b == 0xAB && w == 0x0102 && s == -2 && i == 0x01020304 && u == 0xA0B0C0D0u && l == -1 && ul == 7u);
+    EXPECT_TRUE(f && c == 'z' && ll == 0x0102030405060708LL && ull == 1u && fl == 1.5f && d == -2.25);
     EXPECT_TRUE(ar.IsBufferEmpty());
 }
 
@@ -93,12 +78,7 @@ TEST(CArchive, ShortDataReadReturnsCountButOperatorThrows) {
     BYTE out[8] = {};
     EXPECT_EQ(ar.Read(out, 2), 2u);
     int value = 0;
-    try {
-        ar >> value;
-        ADD_FAILURE() << "reading past the end did not throw";
-    } catch (CArchiveException* e) {
-        EXPECT_EQ(CauseOf(e), CArchiveException::endOfFile);
-    }
+    EXPECT_EQ(ThrownCause<CArchiveException>([&] { ar >> value; }), CArchiveException::endOfFile);
     EXPECT_EQ(ar.Read(out, 8), 1u);
     EXPECT_EQ(out[0], 3);
     EXPECT_EQ(ar.Read(out, 8), 0u);
@@ -145,34 +125,23 @@ TEST(CArchive, FlushWhileLoadingPutsTheFileBackWhereReadingStopped) {
     EXPECT_EQ(in.GetPosition(), 3u);
 }
 
-TEST(CArchive, ClosedArchiveRefusesWork) {
+TEST(CArchive, ClosedArchiveRefusesWorkAndAbortDropsUnwrittenData) {
     CMemFile file;
     CArchive ar(&file, CArchive::store);
     ar << 1;
     ar.Close();
     EXPECT_EQ(ar.GetFile(), nullptr);
     EXPECT_EQ(file.GetLength(), 4u);
-    try {
-        ar << 2;
-        ADD_FAILURE();
-    } catch (CArchiveException* e) {
-        EXPECT_EQ(CauseOf(e), CArchiveException::genericException);
-    }
-}
-
-TEST(CArchive, AbortDropsUnwrittenData) {
-    CMemFile file;
+    EXPECT_EQ(ThrownCause<CArchiveException>([&] { ar << 2; }), CArchiveException::genericException);
+    CMemFile other;
     {
-        CArchive ar(&file, CArchive::store);
-        ar << 1 << 2;
-        ar.Abort();
+        CArchive aborted(&other, CArchive::store);
+        aborted << 1 << 2;
+        aborted.Abort();
+        CArchive unflushed(&other, CArchive::store | CArchive::bNoFlushOnDelete);
+        unflushed << 1;
     }
-    EXPECT_EQ(file.GetLength(), 0u);
-    {
-        CArchive ar(&file, CArchive::store | CArchive::bNoFlushOnDelete);
-        ar << 1;
-    }
-    EXPECT_EQ(file.GetLength(), 0u);
+    EXPECT_EQ(other.GetLength(), 0u);
 }
 
 TEST(CMemFile, FixedBlockReadsItsBytesAndCannotGrow) {
@@ -185,12 +154,10 @@ TEST(CMemFile, FixedBlockReadsItsBytesAndCannotGrow) {
     f.SeekToBegin();
     f.Write("ab", 2);
     EXPECT_EQ(block[0], 'a');
-    EXPECT_THROW(
-        try { f.Write("xyz", 3); } catch (CMemoryException* e) {
-            e->Delete();
-            throw 1;
-        },
-        int);
+    EXPECT_THROW(try { f.Write("xyz", 3); } catch (CMemoryException* e) { e->Delete(); throw 1; }, int);
+    f.Seek(1000, CFile::begin);  // far past the end: reading gives nothing, writing fails cleanly
+    EXPECT_EQ(f.Read(out, 1), 0u);
+    EXPECT_THROW(try { f.Write("q", 1); } catch (CMemoryException* e) { e->Delete(); throw 1; }, int);
     EXPECT_EQ(f.Detach(), block);
     EXPECT_EQ(f.GetLength(), 0u);
 }
@@ -203,32 +170,13 @@ TEST(CMemFile, GrowsSeeksAndZeroFillsGaps) {
     EXPECT_EQ(f.GetLength(), 9u);
     EXPECT_EQ(f.Seek(-1, CFile::end), 8u);
     EXPECT_EQ(f.Seek(0, CFile::begin), 0u);
-    try {
-        f.Seek(-1, CFile::begin);
-        ADD_FAILURE();
-    } catch (CFileException* e) {
-        EXPECT_EQ(CauseOf(e), CFileException::badSeek);
-    }
+    EXPECT_EQ(ThrownCause<CFileException>([&] { f.Seek(-1, CFile::begin); }), CFileException::badSeek);
     EXPECT_EQ(f.GetPosition(), 0u);
     f.SetLength(2);
     EXPECT_EQ(f.GetLength(), 2u);
     f.SetLength(5);
     Bytes got = Contents(f);
     EXPECT_EQ(got, (Bytes{'a', 'b', 0, 0, 0}));
-}
-
-TEST(CMemFile, SeekFarPastTheEndThenWritingFailsCleanly) {
-    BYTE block[2] = {0, 0};
-    CMemFile f(block, 2);
-    f.Seek(1000, CFile::begin);
-    BYTE out;
-    EXPECT_EQ(f.Read(&out, 1), 0u);
-    EXPECT_THROW(
-        try { f.Write("q", 1); } catch (CMemoryException* e) {
-            e->Delete();
-            throw 1;
-        },
-        int);
 }
 
 std::string TempName(const char* tag) {
@@ -244,6 +192,8 @@ TEST(CFile, ArchiveThroughAFileOnDisk) {
     std::string name = TempName("disk");
     {
         CFile f(name.c_str(), CFile::modeCreate | CFile::modeWrite);
+        EXPECT_EQ(f.GetFilePath(), name.c_str());
+        EXPECT_EQ(f.GetFileName(), name.substr(name.find_last_of("/\\") + 1).c_str());
         CArchive ar(&f, CArchive::store);
         ar << 12345 << (WORD)7;
         ar.Close();
@@ -260,12 +210,7 @@ TEST(CFile, ArchiveThroughAFileOnDisk) {
         ar >> i >> w;
         EXPECT_EQ(i, 12345);
         EXPECT_EQ(w, 7);
-        try {
-            ar >> w;
-            ADD_FAILURE();
-        } catch (CArchiveException* e) {
-            EXPECT_EQ(CauseOf(e), CArchiveException::endOfFile);
-        }
+        EXPECT_EQ(ThrownCause<CArchiveException>([&] { ar >> w; }), CArchiveException::endOfFile);
     }
     {
         // Open for writing without truncating, append at the end.
@@ -288,48 +233,25 @@ TEST(CFile, MissingFileReportsItsCause) {
     EXPECT_FALSE(f.Open(name.c_str(), CFile::modeRead, &error));
     EXPECT_EQ(error.m_cause, CFileException::fileNotFound);
     EXPECT_EQ(f.m_hFile, CFile::hFileNull);
-    try {
-        CFile g(name.c_str(), CFile::modeRead);
-        ADD_FAILURE();
-    } catch (CFileException* e) {
-        EXPECT_EQ(CauseOf(e), CFileException::fileNotFound);
-    }
-}
-
-TEST(CFile, FileNameIsTheLastPathPart) {
-    std::string name = TempName("name");
-    CFile f(name.c_str(), CFile::modeCreate | CFile::modeWrite);
-    EXPECT_EQ(f.GetFilePath(), name.c_str());
-    std::string leaf = name.substr(name.find_last_of("/\\") + 1);
-    EXPECT_EQ(f.GetFileName(), leaf.c_str());
-    f.Close();
-    std::remove(name.c_str());
+    EXPECT_EQ(ThrownCause<CFileException>([&] { CFile g(name.c_str(), CFile::modeRead); }), CFileException::fileNotFound);
 }
 
 TEST(Geometry, RectsPointsAndSizes) {
-    CRect r(10, 20, 30, 60);
-    EXPECT_EQ(r.Width(), 20);
-    EXPECT_EQ(r.Height(), 40);
+    CRect r(10, 20, 30, 60), i, u, n(5, 5, 1, 1);
     EXPECT_EQ(r.Size(), CSize(20, 40));
     EXPECT_TRUE(r.PtInRect(CPoint(10, 20)));
-    EXPECT_FALSE(r.PtInRect(CPoint(30, 20))) << "right edge is exclusive";
-    EXPECT_FALSE(r.PtInRect(CPoint(10, 60))) << "bottom edge is exclusive";
-    CRect i;
+    EXPECT_FALSE(r.PtInRect(CPoint(30, 20)) || r.PtInRect(CPoint(10, 60)));  // right and bottom edges are exclusive
     EXPECT_TRUE(i.IntersectRect(r, CRect(25, 0, 100, 30)));
     EXPECT_EQ(i, CRect(25, 20, 30, 30));
-    EXPECT_FALSE(i.IntersectRect(r, CRect(30, 20, 40, 60))) << "touching rectangles do not overlap";
+    EXPECT_FALSE(i.IntersectRect(r, CRect(30, 20, 40, 60)));  // touching rectangles do not overlap
     EXPECT_TRUE(i.IsRectNull());
-    CRect u;
     EXPECT_TRUE(u.UnionRect(r, CRect(0, 0, 0, 0)));
-    EXPECT_EQ(u, r) << "an empty rectangle adds nothing";
-    CRect n(5, 5, 1, 1);
+    EXPECT_EQ(u, r);  // an empty rectangle adds nothing
     EXPECT_TRUE(n.IsRectEmpty());
     n.NormalizeRect();
     EXPECT_EQ(n, CRect(1, 1, 5, 5));
-    CPoint p(3, 4);
-    EXPECT_EQ(p - CPoint(1, 1), CSize(2, 3));
-    CRect wide(INT_MIN, 0, INT_MAX, 1);
-    EXPECT_EQ(wide.Width(), -1) << "width wraps in 32 bits";
+    EXPECT_EQ(CPoint(3, 4) - CPoint(1, 1), CSize(2, 3));
+    EXPECT_EQ(CRect(INT_MIN, 0, INT_MAX, 1).Width(), -1);  // width wraps in 32 bits
 }
 
 }  // namespace

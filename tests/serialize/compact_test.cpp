@@ -2,9 +2,12 @@
 
 #include <climits>
 #include <cstdint>
+#include <iterator>
 #include <random>
+#include <utility>
 #include <vector>
 
+#include "tests/support/recording_sink.h"
 #include "utils/common/mfcutils.h"
 
 namespace {
@@ -37,71 +40,69 @@ ULONGLONG Load(Bytes bytes, Fn fn) {
     return file.GetPosition();
 }
 
-TEST(CompactRecord, ExampleRecords) {
-    CRect zero(0, 0, 0, 0);
-    EXPECT_EQ(Store([&](CArchive& ar) { SmartSerializeRect(ar, zero); }), (Bytes{0x00}));
-
-    CPoint pt(5, -1);
-    EXPECT_EQ(Store([&](CArchive& ar) { SmartSerializePoint(ar, pt); }), (Bytes{0x05, 0x05, 0xFF}));
-
-    long w = 300, h = 0;
-    EXPECT_EQ(Store([&](CArchive& ar) { SmartSerializeSize(ar, w, h); }), (Bytes{0x02, 0x2C, 0x01}));
-
-    CRect mixed(-200, 100, 70000, 0);
-    const Bytes mixedBytes{0x36, 0x38, 0xFF, 0x64, 0x70, 0x11, 0x01, 0x00};
-    EXPECT_EQ(Store([&](CArchive& ar) { SmartSerializeRect(ar, mixed); }), mixedBytes);
-
-    CRect back(1, 2, 3, 4);
-    EXPECT_EQ(Load(mixedBytes, [&](CArchive& ar) { SmartSerializeRect(ar, back); }), mixedBytes.size());
-    EXPECT_EQ(back, mixed);
-
-    CPoint p2(9, 9);
-    Load({0x05, 0x05, 0xFF}, [&](CArchive& ar) { SmartSerializePoint(ar, p2); });
-    EXPECT_EQ(p2, CPoint(5, -1));
-
-    long a = 7, b = 7;
-    Load({0x02, 0x2C, 0x01}, [&](CArchive& ar) { SmartSerializeSize(ar, a, b); });
-    EXPECT_EQ(a, 300);
-    EXPECT_EQ(b, 0);
+// The record model: one tag byte with two bits per field (0: the value is 0, 1: one byte,
+// 2: two bytes, 3: four bytes; first field in the low bits), then each value little-endian in
+// the smallest width that holds it signed.
+Bytes Model(const std::vector<std::int32_t>& fields) {
+    Bytes out{0};
+    for (size_t i = 0; i < fields.size(); ++i) {
+        const std::int32_t v = fields[i];
+        const int code = v == 0 ? 0 : v >= -128 && v <= 127 ? 1 : v >= -32768 && v <= 32767 ? 2 : 3;
+        out[0] |= (BYTE)(code << (2 * i));
+        const int widths[] = {0, 1, 2, 4};
+        for (int b = 0; b < widths[code]; ++b) out.push_back((BYTE)((std::uint32_t)v >> (8 * b)));
+    }
+    return out;
 }
 
-TEST(CompactRecord, WidthBoundaries) {
-    const struct {
-        std::int32_t value;
-        BYTE code;
-        Bytes payload;
-    } cases[] = {
-        {0, 0, {}},
-        {1, 1, {0x01}},
-        {-1, 1, {0xFF}},
-        {127, 1, {0x7F}},
-        {-128, 1, {0x80}},
-        {128, 2, {0x80, 0x00}},
-        {-129, 2, {0x7F, 0xFF}},
-        {32767, 2, {0xFF, 0x7F}},
-        {-32768, 2, {0x00, 0x80}},
-        {32768, 3, {0x00, 0x80, 0x00, 0x00}},
-        {-32769, 3, {0xFF, 0x7F, 0xFF, 0xFF}},
-        {INT_MAX, 3, {0xFF, 0xFF, 0xFF, 0x7F}},
-        {INT_MIN, 3, {0x00, 0x00, 0x00, 0x80}},
+// Values around each width boundary and anywhere, as points, sizes and rectangles, stored
+// one after another and read back in sequence.
+TEST(CompactRecord, RecordsMatchTheModelAndRoundTripInSequence) {
+    std::mt19937 rng(20261122);
+    const std::int32_t edges[] = {0, 1, -1, 127, -128, 128, -129, 32767, -32768, 32768, -32769, INT_MAX, INT_MIN};
+    auto draw = [&]() -> std::int32_t {
+        switch (rng() % 4) {
+        case 0: return edges[rng() % std::size(edges)];
+        case 1: return (std::int32_t)(rng() % 256) - 128;
+        case 2: return (std::int32_t)(rng() % 8) - 4 + (rng() % 2 ? 32768 : -32768);
+        default: return (std::int32_t)rng();
+        }
     };
-    for (const auto& c : cases) {
-        // The value as the second field of a point (first field 0): tag bits 2-3.
-        CPoint pt(0, c.value);
-        Bytes expected{(BYTE)(c.code << 2)};
-        expected.insert(expected.end(), c.payload.begin(), c.payload.end());
-        EXPECT_EQ(Store([&](CArchive& ar) { SmartSerializePoint(ar, pt); }), expected) << c.value;
-
-        // And as the fourth field of a rectangle: tag bits 6-7.
-        CRect rc(0, 0, 0, c.value);
-        Bytes rectExpected{(BYTE)(c.code << 6)};
-        rectExpected.insert(rectExpected.end(), c.payload.begin(), c.payload.end());
-        EXPECT_EQ(Store([&](CArchive& ar) { SmartSerializeRect(ar, rc); }), rectExpected) << c.value;
-
-        CPoint back(11, 11);
-        Load(expected, [&](CArchive& ar) { SmartSerializePoint(ar, back); });
-        EXPECT_EQ(back, CPoint(0, c.value));
+    std::vector<CRect> rects;
+    std::vector<CPoint> points;
+    std::vector<std::pair<long, long>> sizes;
+    Bytes expected;
+    for (int i = 0; i < 600; ++i) {
+        rects.emplace_back(draw(), draw(), draw(), draw());
+        points.emplace_back(draw(), draw());
+        sizes.emplace_back(draw(), draw());
+        const CRect& r = rects.back();
+        for (const Bytes& b : {Model({r.left, r.top, r.right, r.bottom}), Model({points.back().x, points.back().y}),
+                               Model({(std::int32_t)sizes.back().first, (std::int32_t)sizes.back().second})})
+            expected.insert(expected.end(), b.begin(), b.end());
     }
+    Bytes bytes = Store([&](CArchive& ar) {
+        for (int i = 0; i < 600; ++i) {
+            SmartSerializeRect(ar, rects[(size_t)i]);
+            SmartSerializePoint(ar, points[(size_t)i]);
+            SmartSerializeSize(ar, sizes[(size_t)i].first, sizes[(size_t)i].second);
+        }
+    });
+    ASSERT_EQ(bytes, expected);
+    ULONGLONG used = Load(bytes, [&](CArchive& ar) {
+        for (int i = 0; i < 600; ++i) {
+            CRect rc(1, 1, 1, 1);
+            CPoint pt(1, 1);
+            long w = 1, h = 1;
+            SmartSerializeRect(ar, rc);
+            SmartSerializePoint(ar, pt);
+            SmartSerializeSize(ar, w, h);
+            ASSERT_EQ(rc, rects[(size_t)i]) << i;
+            ASSERT_EQ(pt, points[(size_t)i]) << i;
+            ASSERT_EQ(std::make_pair(w, h), sizes[(size_t)i]) << i;
+        }
+    });
+    EXPECT_EQ(used, bytes.size());
 }
 
 TEST(CompactRecord, TagBitsBeyondTheFieldsAreIgnored) {
@@ -123,126 +124,46 @@ TEST(CompactRecord, TagBitsBeyondTheFieldsAreIgnored) {
 }
 
 TEST(CompactRecord, TruncatedRecordThrowsAndKeepsTheFieldsReadSoFar) {
-    const Bytes full{0x36, 0x38, 0xFF, 0x64, 0x70, 0x11, 0x01, 0x00};
-    const LONG kUnset = 777;
-    // Fields completely present after each prefix length of the record above.
-    const int fieldsSet[] = {0, 0, 0, 1, 2, 2, 2, 2};
-    const LONG values[] = {-200, 100, 70000, 0};
+    const Bytes full{0x36, 0x38, 0xFF, 0x64, 0x70, 0x11, 0x01, 0x00};  // (-200, 100, 70000, 0)
+    const int fieldsSet[] = {0, 0, 0, 1, 2, 2, 2, 2};  // complete after each prefix length
+    const LONG values[] = {-200, 100, 70000, 0}, kUnset = 777;
     for (size_t len = 0; len < full.size(); ++len) {
         CRect rc(kUnset, kUnset, kUnset, kUnset);
         Bytes cut(full.begin(), full.begin() + (std::ptrdiff_t)len);
-        int cause = -1;
-        try {
-            Load(cut, [&](CArchive& ar) { SmartSerializeRect(ar, rc); });
-        } catch (CArchiveException* e) {
-            cause = e->m_cause;
-            e->Delete();
-        }
-        EXPECT_EQ(cause, CArchiveException::endOfFile) << "length " << len;
+        EXPECT_EQ(qmtest::ThrownCause<CArchiveException>([&] { Load(cut, [&](CArchive& ar) { SmartSerializeRect(ar, rc); }); }),
+                  CArchiveException::endOfFile) << "length " << len;
         const LONG got[] = {rc.left, rc.top, rc.right, rc.bottom};
         for (int i = 0; i < 4; ++i)
             EXPECT_EQ(got[i], i < fieldsSet[len] ? values[i] : kUnset) << "length " << len << " field " << i;
     }
-}
-
-TEST(CompactRecord, IntSizeMatchesLongSizeAndIsAllOrNothing) {
-    int w = -129, h = 65536;
-    long lw = -129, lh = 65536;
-    Bytes fromInt = Store([&](CArchive& ar) { SmartSerializeSize(ar, w, h); });
-    EXPECT_EQ(fromInt, Store([&](CArchive& ar) { SmartSerializeSize(ar, lw, lh); }));
+    // The int form of a size copies back only after a whole record.
+    int w = -129, h = 65536, rw = 1, rh = 2;
+    const Bytes fromInt = Store([&](CArchive& ar) { SmartSerializeSize(ar, w, h); });
     EXPECT_EQ(fromInt, (Bytes{0x0E, 0x7F, 0xFF, 0x00, 0x00, 0x01, 0x00}));
-
-    int rw = 0, rh = 0;
-    Load(fromInt, [&](CArchive& ar) { SmartSerializeSize(ar, rw, rh); });
-    EXPECT_EQ(rw, -129);
-    EXPECT_EQ(rh, 65536);
-
-    // Cut inside the second field: the int form copies back only after a whole record.
-    int cw = 1, ch = 2;
     Bytes cut(fromInt.begin(), fromInt.end() - 1);
-    EXPECT_THROW(
-        try { Load(cut, [&](CArchive& ar) { SmartSerializeSize(ar, cw, ch); }); } catch (CArchiveException* e) {
-            e->Delete();
-            throw 1;
-        },
-        int);
-    EXPECT_EQ(cw, 1);
-    EXPECT_EQ(ch, 2);
+    EXPECT_EQ(qmtest::ThrownCause<CArchiveException>([&] { Load(cut, [&](CArchive& ar) { SmartSerializeSize(ar, rw, rh); }); }),
+              CArchiveException::endOfFile);
+    EXPECT_TRUE(rw == 1 && rh == 2);
+    Load(fromInt, [&](CArchive& ar) { SmartSerializeSize(ar, rw, rh); });
+    EXPECT_TRUE(rw == -129 && rh == 65536);
 }
 
 TEST(CompactRecord, WideLongStoresItsLow32Bits) {
     if (sizeof(long) <= 4) GTEST_SKIP() << "long is 32 bits here";
     long w = (long)(0x100000005LL), h = (long)(-0x100000000LL - 2);
     EXPECT_EQ(Store([&](CArchive& ar) { SmartSerializeSize(ar, w, h); }), (Bytes{0x05, 0x05, 0xFE}));
-    long a = 0, b = 0;
-    Load({0x0F, 0xFF, 0xFF, 0xFF, 0x7F, 0x00, 0x00, 0x00, 0x80}, [&](CArchive& ar) { SmartSerializeSize(ar, a, b); });
-    EXPECT_EQ(a, 2147483647L);
-    EXPECT_EQ(b, -2147483647L - 1);
 }
 
+// Loading is chosen by the archive's mode; reading from a storing archive or writing to a
+// loading one is what fails.
 TEST(CompactRecord, WrongDirectionRaisesTheArchiveException) {
     CMemFile file;
     CArchive storing(&file, CArchive::store);
-    // Loading is chosen by the archive's mode, so a storing archive stores; reading directly
-    // from it is what fails.
-    BYTE tag;
-    int cause = -1;
-    try {
-        storing >> tag;
-    } catch (CArchiveException* e) {
-        cause = e->m_cause;
-        e->Delete();
-    }
-    EXPECT_EQ(cause, CArchiveException::writeOnly);
-
-    BYTE data[1] = {0};
+    BYTE tag, data[1] = {0};
+    EXPECT_EQ(qmtest::ThrownCause<CArchiveException>([&] { storing >> tag; }), CArchiveException::writeOnly);
     CMemFile in(data, 1);
     CArchive loading(&in, CArchive::load);
-    cause = -1;
-    try {
-        loading << (BYTE)1;
-    } catch (CArchiveException* e) {
-        cause = e->m_cause;
-        e->Delete();
-    }
-    EXPECT_EQ(cause, CArchiveException::readOnly);
-}
-
-TEST(CompactRecord, RandomRecordsRoundTripInSequence) {
-    std::mt19937 rng(20261122);
-    // Values drawn around each width boundary as well as anywhere.
-    auto draw = [&]() -> std::int32_t {
-        switch (rng() % 5) {
-        case 0: return 0;
-        case 1: return (std::int32_t)(rng() % 256) - 128;
-        case 2: return (std::int32_t)(rng() % 65536) - 32768;
-        case 3: return (std::int32_t)(rng() % 8) - 4 + (rng() % 2 ? 32768 : -32768);
-        default: return (std::int32_t)rng();
-        }
-    };
-    std::vector<CRect> rects;
-    std::vector<CPoint> points;
-    for (int i = 0; i < 500; ++i) {
-        rects.emplace_back(draw(), draw(), draw(), draw());
-        points.emplace_back(draw(), draw());
-    }
-    Bytes bytes = Store([&](CArchive& ar) {
-        for (int i = 0; i < 500; ++i) {
-            SmartSerializeRect(ar, rects[(size_t)i]);
-            SmartSerializePoint(ar, points[(size_t)i]);
-        }
-    });
-    ULONGLONG used = Load(bytes, [&](CArchive& ar) {
-        for (int i = 0; i < 500; ++i) {
-            CRect rc(1, 1, 1, 1);
-            CPoint pt(1, 1);
-            SmartSerializeRect(ar, rc);
-            SmartSerializePoint(ar, pt);
-            ASSERT_EQ(rc, rects[(size_t)i]) << i;
-            ASSERT_EQ(pt, points[(size_t)i]) << i;
-        }
-    });
-    EXPECT_EQ(used, bytes.size());
+    EXPECT_EQ(qmtest::ThrownCause<CArchiveException>([&] { loading << (BYTE)1; }), CArchiveException::readOnly);
 }
 
 }  // namespace

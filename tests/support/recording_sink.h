@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "utils/common/CVLogger.h"
+#include "utils/framework/exceptions.h"
 
 namespace qmtest {
 
@@ -44,5 +45,18 @@ public:
 private:
     CvTraceSink m_previous;
 };
+
+// Runs f and returns the cause of the framework exception E it throws (deleted), or -1.
+template <class E, class F>
+int ThrownCause(F f) {
+    try {
+        f();
+    } catch (E* e) {
+        const int cause = (int)e->m_cause;
+        e->Delete();
+        return cause;
+    }
+    return -1;
+}
 
 }  // namespace qmtest

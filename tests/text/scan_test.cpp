@@ -24,22 +24,25 @@ long ModelInString(const std::string& pattern, const std::string& text) {
     return -1;
 }
 
-TEST(InString, Cases) {
-    struct Case { const char* pattern; const char* text; long expected; };
-    const Case cases[] = {
-        {"AB", "xxaBc", 2},
-        {"", "x", 0},
-        {"a", "", -1},
-        {"", "", -1},
-        {"abc", "ab", -1},          // the text ends inside a partial match
-        {"ab", "aab", 1},           // a failed candidate does not swallow the next one
-        {"[", "a{[", 2},            // non-letters compare exactly ('{' is not '[' upper-cased)
-        {"\xE9", "\xC9\xE9", 1},    // bytes above ASCII have no case
-        {"q", "QQ", 0},
-        {"Zz", "azZZz", 1},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(Off(InString(c.pattern, c.text), c.text), c.expected) << c.pattern << " in " << c.text;
+TEST(InString, AgreesWithPlainSearch) {
+    // Fixed cases first: empty pattern or text, a text ending inside a partial match, a failed
+    // candidate before the real one, non-letters compared exactly ('{' is not '[' upper-cased)
+    // and bytes above ASCII without case; then random texts.
+    const char* fixed[][2] = {{"AB", "xxaBc"}, {"", "x"}, {"a", ""}, {"", ""}, {"abc", "ab"},
+                              {"ab", "aab"}, {"[", "a{["}, {"\xE9", "\xC9\xE9"}, {"Zz", "azZZz"}};
+    std::mt19937 rng(11);
+    const char alphabet[] = "aAbB.\x01\x17";
+    for (int round = 0; round < 3000; ++round) {
+        std::string text(rng() % 90, ' '), pattern(rng() % 4, ' ');
+        for (char& c : text) c = alphabet[rng() % 7];
+        for (char& c : pattern) c = alphabet[rng() % 7];
+        if (round < (int)std::size(fixed)) {
+            pattern = fixed[round][0];
+            text = fixed[round][1];
+        }
+        EXPECT_EQ(Off(InString(pattern.c_str(), text.c_str()), text.c_str()), ModelInString(pattern, text))
+            << "[" << pattern << "] in [" << text << "]";
+    }
     EXPECT_EQ(InString(nullptr, "abc"), nullptr);
     EXPECT_EQ(InString("a", nullptr), nullptr);
 }
@@ -57,18 +60,6 @@ TEST(InString, AgreesWithPlainSearchAcrossChunkBoundaries) {
     }
 }
 
-TEST(InString, AgreesWithPlainSearchOnRandomText) {
-    std::mt19937 rng(11);
-    const char alphabet[] = "aAbB.\x01\x17";
-    for (int round = 0; round < 3000; ++round) {
-        std::string text(rng() % 90, ' '), pattern(rng() % 4, ' ');
-        for (char& c : text) c = alphabet[rng() % 7];
-        for (char& c : pattern) c = alphabet[rng() % 7];
-        EXPECT_EQ(Off(InString(pattern.c_str(), text.c_str()), text.c_str()), ModelInString(pattern, text))
-            << "[" << pattern << "] in [" << text << "]";
-    }
-}
-
 TEST(InStringSkipCommands, SkipsRunsBeforeAndInsideMatches) {
     struct Case { const char* pattern; const char* text; long expected; };
     const Case cases[] = {
@@ -76,7 +67,6 @@ TEST(InStringSkipCommands, SkipsRunsBeforeAndInsideMatches) {
         {"ab", "\x01" "ab\x02" "aB", 4},      // a match inside a run is not text
         {"ab", "\x01\x02\x01z\x02" "ab", 5},  // consecutive runs before the start
         {"ab", "a\x01\x02\x01\x02" "b", 0},   // consecutive runs inside the match
-        {"ab", "xa\x01q\x02" "c", -1},
         {"", "\x01q\x02" "z", 3},             // an empty pattern lands on the first text byte
         {"a", "\x01q\x02", -1},
     };
@@ -84,14 +74,10 @@ TEST(InStringSkipCommands, SkipsRunsBeforeAndInsideMatches) {
         EXPECT_EQ(Off(InStringSkipCommands(c.pattern, c.text), c.text), c.expected) << c.text;
     EXPECT_EQ(InStringSkipCommands("a", ""), nullptr);
     EXPECT_EQ(InStringSkipCommands(nullptr, "a"), nullptr);
-}
-
-TEST(InStringSkipCommands, UnclosedRunAssertsAndGivesNull) {
-    qmtest::RecordingAssertSink sink;
+    qmtest::RecordingAssertSink sink;  // an unclosed run is reported and ends the search
     EXPECT_EQ(InStringSkipCommands("b", "xy\x01" "b"), nullptr);
     EXPECT_EQ(InStringSkipCommands("ab", "xxa\x01" "b"), nullptr);
-    ASSERT_EQ(sink.Expressions(), (std::vector<std::string>{"*s2", "*p2"}));
-    EXPECT_EQ(sink.Reports()[0].module, "Common\\utils");
+    EXPECT_EQ(sink.Expressions(), (std::vector<std::string>{"*s2", "*p2"}));
 }
 
 TEST(RemoveComments, DropsCommentsOutsideQuotes) {
@@ -101,61 +87,34 @@ TEST(RemoveComments, DropsCommentsOutsideQuotes) {
         {"a (b (c) d) e", "a  e"},                // nested comments
         {"a) b", "a) b"},                         // a stray ')' at depth 0 is kept
         {"(open \"q\" never closed", ""},         // quotes inside a comment are dropped
-        {"\"(x\" (y) z", "\"(x\"  z"},
-        {"  \t x  ", "x"},
-        {"", ""},
+        {"\"(x\" (y) z", "\"(x\"  z"}, {"  \t x  ", "x"}, {"", ""},
     };
     for (const Case& c : cases) EXPECT_EQ(RemoveComments(c.in), c.out) << c.in;
     EXPECT_EQ(RemoveComments(nullptr), "");
 }
 
-}  // namespace
-
-namespace {
-
-TEST(GetToken, SkipsWhitespaceAndStopsAfterTheToken) {
-    const char* text = "  one two";
-    const char* p = text;
+TEST(Tokens, GetTokenGetStrUpToAndNthToken) {
+    const char* p = "  one\t\r\n a\x17" "b";  // 0x17 is not token white space
     CString token;
-    EXPECT_TRUE(GetToken(&p, token));
-    EXPECT_EQ(token, "one");
-    EXPECT_EQ(p - text, 5);  // on the blank before "two"
-    EXPECT_TRUE(GetToken(&p, token));
-    EXPECT_EQ(token, "two");
+    EXPECT_TRUE(GetToken(&p, token) && token == "one" && *p == '\t');
+    EXPECT_TRUE(GetToken(&p, token) && token == "a\x17" "b");
     EXPECT_FALSE(GetToken(&p, token));
-    EXPECT_EQ(token, "");
-    EXPECT_EQ(*p, '\0');
-
-    const char* mixed = "\t\r\n a\x17" "b\tc";  // 0x17 is not token white space
-    p = mixed;
-    EXPECT_TRUE(GetToken(&p, token));
-    EXPECT_EQ(token, "a\x17" "b");
+    EXPECT_TRUE(token.IsEmpty() && *p == '\0');
     const char* none = nullptr;
-    EXPECT_FALSE(GetToken(&none, token));
-    EXPECT_FALSE(GetToken(nullptr, token));
-}
-
-TEST(GetStrUpTo, LeavesTheCursorOnTheDelimiter) {
-    const char* text = "key=value";
-    const char* p = text;
-    CString out;
-    EXPECT_EQ(GetStrUpTo(p, '=', out), "key");
-    EXPECT_EQ(*p, '=');
-    EXPECT_EQ(GetStrUpTo(p, '=', out), "");  // already on it: nothing taken, no move
-    EXPECT_EQ(*p, '=');
-    ++p;
-    EXPECT_EQ(GetStrUpTo(p, ';', out), "value");
-    EXPECT_EQ(*p, '\0');
-}
-
-TEST(NthTokenCpy, CountsFromOneAndLeavesTokenAtZero) {
+    EXPECT_FALSE(GetToken(&none, token) || GetToken(nullptr, token));
+    p = "key=value";
+    EXPECT_EQ(GetStrUpTo(p, '=', token), "key");
+    EXPECT_EQ(GetStrUpTo(p, '=', token), "");  // already on it: nothing taken, no move
+    EXPECT_EQ(*p++, '=');
+    EXPECT_EQ(GetStrUpTo(p, ';', token), "value");
+    // nth_token_cpy counts from one and leaves the token alone for n < 1.
     CString src = " a  b\tc ";
     struct Case { int n; const char* expected; int result; };
-    const Case cases[] = {{1, "a", 1}, {2, "b", 1}, {3, "c", 1}, {4, "", 0}, {0, "keep", 1}, {-1, "keep", 1}};
+    const Case cases[] = {{1, "a", 1}, {3, "c", 1}, {4, "", 0}, {0, "keep", 1}, {-1, "keep", 1}};
     for (const Case& c : cases) {
-        CString token = "keep";
-        EXPECT_EQ(nth_token_cpy(token, src, c.n), c.result) << c.n;
-        EXPECT_EQ(token, c.expected) << c.n;
+        CString t = "keep";
+        EXPECT_EQ(nth_token_cpy(t, src, c.n), c.result) << c.n;
+        EXPECT_EQ(t, c.expected) << c.n;
     }
 }
 
@@ -167,16 +126,13 @@ TEST(NextEol, FindsCrOrLineMarkAfterThePosition) {
     EXPECT_EQ(next_eol(CString(), 0), 0);
 }
 
-TEST(TrimEdges, OnlySpaces) {
+TEST(TrimEdges, OnlySpacesAndAnEmbeddedNulIsReportedAndKept) {
     struct Case { const char* in; const char* out; };
-    const Case cases[] = {{"  a b  ", "a b"}, {"\t a \t", "\t a \t"}, {"   ", ""}, {"", ""}, {"x", "x"}};
+    const Case cases[] = {{"  a b  ", "a b"}, {"\t a \t", "\t a \t"}, {"   ", ""}, {"x", "x"}};
     for (const Case& c : cases) {
         CString s(c.in);
         EXPECT_EQ(TrimEdges(s), c.out) << "[" << c.in << "]";
     }
-}
-
-TEST(TrimEdges, EmbeddedNulIsReportedAndKept) {
     qmtest::RecordingAssertSink sink;
     CString s(" a\0b ", 5);
     TrimEdges(s);
@@ -188,10 +144,7 @@ TEST(LineEnds, RemoveEmptyLinesReplaceEolInsureEol) {
     struct Case { const char* in; const char* removed; const char* doubled; const char* ensured; };
     const Case cases[] = {
         {"a\r\n\r\n\r\nb", "a\rb", "a\r\n\r\n\r\n\r\n\r\n\r\nb", "a\r\n\r\n\r\nb\r"},
-        {"a\r\nb", "a\rb", "a\r\n\r\nb", "a\r\nb\r"},
-        {"\r\ra\n", "\ra", "\r\n\r\na\r\n", "\r\ra\n\r"},
-        {"a\r", "a\r", "a\r\n", "a\r"},
-        {"", "", "", "\r"},
+        {"\r\ra\n", "\ra", "\r\n\r\na\r\n", "\r\ra\n\r"}, {"a\r", "a\r", "a\r\n", "a\r"}, {"", "", "", "\r"},
     };
     for (const Case& c : cases) {
         CString a(c.in), b(c.in), d(c.in);
@@ -216,7 +169,6 @@ TEST(CenterText, PadsHalfTheSpareWidth) {
     const Case cases[] = {
         {"ab", 10, 2, "   ab"},  // (10 - 4) / 2 = 3
         {"ab", 9, 2, "  ab"},    // (9 - 4) / 2 = 2, rounded toward zero
-        {"ab", 4, 2, "ab"},
         {"ab", 1, 2, "ab"},      // negative spare width: no padding
         {"", 4, 7, "  "},
         {"abc", 2147483647, 1073741824, "abc"},  // the product overflows 32 bits: still no padding
@@ -239,8 +191,7 @@ TEST(GetAcceleratorPos, SkipsEscapedAndTrailingAmpersands) {
 TEST(ValidMutexName, LowersAndReplacesBackslashes) {
     struct Case { const char* in; const char* out; };
     const Case cases[] = {
-        {"Global\\My", "global|my"},
-        {"A\\\\B|c", "a||b|c"},
+        {"Global\\My", "global|my"}, {"A\\\\B|c", "a||b|c"},
         {"\xC0\xD7\xDE\xDF\x8A\x9F", "\xE0\xD7\xFE\xDF\x9A\xFF"},  // Western code page letters
     };
     qmtest::RecordingAssertSink sink;
@@ -263,16 +214,10 @@ TEST(CursorScanners, StopWhereTheirClassEnds) {
     struct Case { Scanner scan; const char* name; const char* text; long stop; };
     const Case cases[] = {
         {SkipSpaces, "SkipSpaces", " \t\v\f\r\nx", 6},
-        {SkipSpaces, "SkipSpaces", "   ", 3},
         {SkipInvisible, "SkipInvisible", " \t\r\n\vx", 4},  // VT is visible here
-        {SkipVisible, "SkipVisible", "ab\x17" "c\vd e", 6},
-        {SkipVisible, "SkipVisible", "abc", 3},
-        {SkipToDigit, "SkipToDigit", "ab\xB2" "c7", 4},
-        {SkipToDigit, "SkipToDigit", "none", 4},
-        {SkipToEOL, "SkipToEOL", "ab\x17" "c", 2},
+        {SkipVisible, "SkipVisible", "ab\x17" "c\vd e", 6}, {SkipToDigit, "SkipToDigit", "ab\xB2" "c7", 4},
+        {SkipToDigit, "SkipToDigit", "none", 4}, {SkipToEOL, "SkipToEOL", "ab\x17" "c", 2},
         {SkipToEOL, "SkipToEOL", "ab\nc", 2},
-        {SkipToEOL, "SkipToEOL", "ab\rc", 2},
-        {SkipToEOL, "SkipToEOL", "abc", 3},
     };
     for (const Case& c : cases) {
         const char* p = c.text;

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -13,15 +12,12 @@ struct Instant {
     int y, mo, d, h, mi, s;
 };
 
-// UTC instants across the range both 64-bit scales share, plus the 1601 epoch itself.
-const Instant kInstants[] = {
-    {1970, 1, 1, 0, 0, 0},   {1970, 1, 1, 0, 0, 1},    {1999, 12, 31, 23, 59, 59},
-    {2000, 2, 29, 12, 0, 0}, {2006, 4, 2, 7, 0, 0},    {2038, 1, 19, 3, 14, 8},
-    {2100, 3, 1, 0, 0, 0},   {9999, 12, 31, 23, 59, 59}, {30000, 6, 15, 1, 2, 3},
-};
-
-TEST(TimeScales, UtcAndUnixAgreeWithEpochArithmetic) {
-    for (const Instant& i : kInstants) {
+TEST(TimeScales, UtcUnixAndMillisecondsAgreeWithEpochArithmetic) {
+    const Instant instants[] = {
+        {1970, 1, 1, 0, 0, 0},  {1999, 12, 31, 23, 59, 59}, {2000, 2, 29, 12, 0, 0},
+        {2038, 1, 19, 3, 14, 8}, {9999, 12, 31, 23, 59, 59}, {30000, 6, 15, 1, 2, 3},
+    };
+    for (const Instant& i : instants) {
         SCOPED_TRACE(testing::Message() << i.y << "-" << i.mo << "-" << i.d);
         const std::uint64_t ticks = tsoracle::Ticks(i.y, i.mo, i.d, i.h, i.mi, i.s);
         const std::uint64_t micros = (std::uint64_t)tsoracle::UnixSeconds(i.y, i.mo, i.d, i.h, i.mi, i.s) * 1000000ULL;
@@ -30,22 +26,10 @@ TEST(TimeScales, UtcAndUnixAgreeWithEpochArithmetic) {
         // Sub-second parts: 7 digits of ticks, 6 of microseconds; the 100-ns digit is cut.
         EXPECT_EQ(TimeUTC2TimeUnix(ticks + 1234567), micros + 123456);
         EXPECT_EQ(TimeUnix2TimeUTC(micros + 123456), ticks + 1234560);
-        EXPECT_EQ(TimeUTC2MilliSeconds(ticks), (__int64)(ticks / 10000000ULL) * 1000);
+        EXPECT_EQ(TimeUTC2MilliSeconds(ticks + 19999), (__int64)(ticks / 10000000ULL) * 1000 + 1);
+        EXPECT_EQ(MilliSeconds2TimeUTC(TimeUTC2MilliSeconds(ticks)), ticks);
         EXPECT_DOUBLE_EQ(TimeUTC2Seconds(ticks), (double)tsoracle::SecondsSince1601(i.y, i.mo, i.d, i.h, i.mi, i.s));
     }
-    EXPECT_EQ(TimeUnix2TimeUTC(0), 116444736000000000ULL);
-    EXPECT_EQ(TimeUTC2TimeUnix(116444736000000000ULL), 0u);
-}
-
-TEST(TimeScales, MillisecondsRoundTripForNonNegativeCounts) {
-    const __int64 counts[] = {0, 1, 9999, 10000, 11644473600000LL, 922337203685477LL, 1844674407370955LL};
-    for (__int64 ms : counts) {
-        EXPECT_EQ(MilliSeconds2TimeUTC(ms), (TimeUTC)ms * 10000ULL) << ms;
-        EXPECT_EQ(TimeUTC2MilliSeconds(MilliSeconds2TimeUTC(ms)), ms) << ms;
-    }
-    // Truncating division: 9999 ticks are not yet a millisecond.
-    EXPECT_EQ(TimeUTC2MilliSeconds(9999), 0);
-    EXPECT_EQ(TimeUTC2MilliSeconds(19999), 1);
 }
 
 // The arithmetic is unsigned and wraps modulo 2^64 where an instant has no place on the
@@ -57,15 +41,8 @@ TEST(TimeScales, OutOfRangeValuesWrapWithoutUndefinedBehaviour) {
     EXPECT_EQ(TimeUnix2TimeUTC(kMax), (kTimeUnixEpochOffset - 1) * 10);
     EXPECT_EQ(MilliSeconds2TimeUTC(-1), kMax - 9999);
     EXPECT_EQ(MilliSeconds2TimeUTC(std::numeric_limits<__int64>::min()), 0u);
-    EXPECT_EQ(MilliSeconds2TimeUTC(std::numeric_limits<__int64>::max()), (std::uint64_t)std::numeric_limits<__int64>::max() * 10000ULL);
     EXPECT_EQ(TimeUTC2MilliSeconds(kMax), 1844674407370955LL);
-}
-
-TEST(TimeScales, SecondsReadTheTicksAsUnsigned) {
-    const TimeUTC topBit = 1ULL << 63;
-    EXPECT_DOUBLE_EQ(TimeUTC2Seconds(topBit), 922337203685.4775808);
-    EXPECT_GT(TimeUTC2Seconds(std::numeric_limits<std::uint64_t>::max()), 1.8e12);
-    EXPECT_DOUBLE_EQ(TimeUTC2Seconds(5), 5e-7);
+    EXPECT_DOUBLE_EQ(TimeUTC2Seconds(1ULL << 63), 922337203685.4775808);  // read as unsigned
 }
 
 TEST(TimeScales, ClockReadsTheSameInstantOnEveryScale) {
@@ -80,14 +57,10 @@ TEST(TimeScales, ClockReadsTheSameInstantOnEveryScale) {
     EXPECT_LT(unix - TimeUTC2TimeUnix(utc), 2000000u);
 }
 
-TEST(Stopwatch, PrecisionReadingAdvances) {
-    const double a = GetTimePrecision();
-    const double b = GetTimePrecision();
-    EXPECT_GT(a, 0.0);
-    EXPECT_GE(b, a);
-}
-
 TEST(Stopwatch, SpanMeasuresSinceThePreviousCall) {
+    const double a = GetTimePrecision();
+    EXPECT_GT(a, 0.0);
+    EXPECT_GE(GetTimePrecision(), a);
     EXPECT_EQ(GetSpan(true), 0);
     const int immediate = GetSpan(false);
     EXPECT_GE(immediate, 0);
@@ -99,8 +72,7 @@ TEST(Stopwatch, SpanMeasuresSinceThePreviousCall) {
     const int waited = GetSpan(false);
     EXPECT_GE(waited, 20000);
     EXPECT_LT(waited, 20000000);
-    // Every call restarts the stopwatch, so the next span is short again.
-    EXPECT_LT(GetSpan(false), waited);
+    EXPECT_LT(GetSpan(false), waited);  // every call restarts the stopwatch
 }
 
 }  // namespace

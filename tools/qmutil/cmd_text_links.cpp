@@ -10,7 +10,6 @@
 #include "command.h"
 #include "terminal_frame.h"
 #include "utils/common/utils_mail.h"
-#include "utils/framework/mbchar.h"
 
 namespace {
 
@@ -20,38 +19,26 @@ std::string ReadFile(const std::string& path) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-// A link is only looked for where a word starts, so "www.host.test" is not found again as
-// "ww.host.test" one byte later.
-bool StartsWord(const std::string& text, size_t i) {
-    if (i == 0) return true;
-    unsigned char prev = (unsigned char)text[i - 1];
-    return !mbc::IsAlnum(prev) && prev != '_' && prev != '.' && prev != '-' && prev != '@' && prev != ':' &&
-           prev != '/' && prev != '\\' && prev != '%' && prev < 0x80;
-}
-
 // Texts above this size show progress (one step per block) and can be cancelled.
 constexpr size_t kLongText = 256 * 1024;
 constexpr size_t kBlock = 64 * 1024;
 
 // Prints "offset<TAB>length<TAB>kind<TAB>text" for every link and address in text; false
-// when the user cancelled.
+// when the user cancelled. The search is linear in the text, however it is made; what is
+// left for the steps of a long text is printing its links block by block.
 bool PrintLinks(const std::string& text) {
     std::unique_ptr<qmutil::LongWork> work;
     if (text.size() > kLongText) work = std::make_unique<qmutil::LongWork>("Looking for links", (ULONG)(text.size() / kBlock + 1));
-    size_t i = 0, nextStep = kBlock;
-    while (i < text.size()) {
-        if (work && i >= nextStep) {
+    std::vector<CLinkMatch> found;
+    FindLinks(text.c_str(), text.size(), found);
+    size_t nextStep = kBlock;
+    for (const CLinkMatch& m : found) {
+        while (work && m.offset >= nextStep) {
             nextStep += kBlock;
             if (!work->Step()) return false;
         }
-        int len = 0;
-        bool isMail = false;
-        if (StartsWord(text, i) && IsValidURL(text.c_str() + i, len, isMail) && len > 0) {
-            std::printf("%lu\t%d\t%s\t%s\n", (unsigned long)i, len, isMail ? "email" : "link", text.substr(i, (size_t)len).c_str());
-            i += (size_t)len;
-        } else {
-            ++i;
-        }
+        std::printf("%lu\t%d\t%s\t%s\n", (unsigned long)m.offset, m.length, m.isMail ? "email" : "link",
+                    text.substr(m.offset, (size_t)m.length).c_str());
     }
     return true;
 }

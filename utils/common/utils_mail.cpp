@@ -2,7 +2,9 @@
 // e-mail header field names.
 #include "utils/common/utils_mail.h"
 
+#include <cstdint>
 #include <cstring>
+#include <vector>
 
 #include "utils/common/CVLogger.h"
 #include "utils/common/DefaultStrings.h"
@@ -89,62 +91,10 @@ bool ScanHost(const char* text, bool extend, int& len) {
 }
 
 // Where the walk over the part before "@" of an address stops: at the "@", or at the byte that
-// makes it fail. Every start inside one run of mailbox bytes stops at the same place, which
-// CollectEMails uses to stay linear on long runs.
+// makes it fail. Every start inside one run of mailbox bytes stops at the same place.
 const uchar* MailboxWalkEnd(const uchar* p) {
     while (*p != '@' && *p >= 33 && !InSet(*p, kMailboxStop)) ++p;
     return p;
-}
-
-// Remembers the last walk end and the last host scan so that CollectEMails, which retries the
-// address scan at every word of a run, does not walk the same bytes again for each word. The
-// results are exactly those of walking afresh.
-struct EMailScanCache {
-    const uchar* walkStart = nullptr;  // where the remembered walk began
-    const uchar* walkEnd = nullptr;    // the first byte at or after walkStart that stops a walk
-    const uchar* hostStart = nullptr;
-    bool hostOk = false;
-    int hostLen = 0;
-};
-
-// The address scan at text: ["mailto:"] mailbox "@" host. On success len covers the prefix,
-// the mailbox, the "@" and the host.
-bool ScanEMail(const char* text, int& len, EMailScanCache* cache = nullptr) {
-    const uchar* s = (const uchar*)text;
-    long prefix = HasPrefixNoCase(text, "mailto:") ? 7 : 0;
-    const uchar* p = s + prefix;
-    if (*p < 33) return false;
-    const uchar* at;
-    if (cache && cache->walkStart && cache->walkStart <= p && p <= cache->walkEnd) {
-        at = cache->walkEnd;
-    } else {
-        at = MailboxWalkEnd(p);
-        if (cache) {
-            cache->walkStart = p;
-            cache->walkEnd = at;
-        }
-    }
-    if (*at != '@') return false;
-    // The mailbox may be empty only after "mailto:": the prefix's length is compared against 6
-    // instead of its 7 bytes, so "mailto:@host.test" passes. Kept on purpose.
-    if ((long)(at - s) <= (prefix ? 6 : 0)) return false;
-    const uchar* host = at + 1;
-    int hostLen = 0;
-    bool ok;
-    if (cache && cache->hostStart == host) {
-        ok = cache->hostOk;
-        hostLen = cache->hostLen;
-    } else {
-        ok = ScanHost((const char*)host, false, hostLen);
-        if (cache) {
-            cache->hostStart = host;
-            cache->hostOk = ok;
-            cache->hostLen = hostLen;
-        }
-    }
-    if (!ok) return false;
-    len = (int)(host - s) + hostLen;
-    return true;
 }
 
 // Link schemes, tested in this order, each as a case-insensitive prefix.
@@ -153,9 +103,40 @@ const char* const kSchemes[] = {
     "telnet://", "prospero://", "Mk:@MSITStore:", "Ms-its",
 };
 
-}  // namespace
+// The walks of one recognition done afresh from each start: what IsValidURL uses.
+struct FreshScans {
+    bool Host(const uchar* t, bool extend, int& len) { return ScanHost((const char*)t, extend, len); }
+    const uchar* MailboxEnd(const uchar* p) { return MailboxWalkEnd(p); }
+    const uchar* EMailHost(const uchar* host, bool& ok, int& len) {
+        ok = ScanHost((const char*)host, false, len);
+        return host;
+    }
+};
 
-bool IsValidURL(const char* s, int& len, bool& isMail) {
+// The address scan at s with the given walks: ["mailto:"] mailbox "@" host. On success len
+// covers the prefix, the mailbox, the "@" and the host.
+template <class Scans>
+bool EMailAt(const char* text, int& len, Scans& scans) {
+    const uchar* s = (const uchar*)text;
+    long prefix = HasPrefixNoCase(text, "mailto:") ? 7 : 0;
+    const uchar* p = s + prefix;
+    if (*p < 33) return false;
+    const uchar* at = scans.MailboxEnd(p);
+    if (*at != '@') return false;
+    // The mailbox may be empty only after "mailto:": the prefix's length is compared against 6
+    // instead of its 7 bytes, so "mailto:@host.test" passes. Kept on purpose.
+    if ((long)(at - s) <= (prefix ? 6 : 0)) return false;
+    bool ok = false;
+    int hostLen = 0;
+    const uchar* host = scans.EMailHost(at + 1, ok, hostLen);
+    if (!ok) return false;
+    len = (int)(host - s) + hostLen;
+    return true;
+}
+
+// IsValidURL with the given walks.
+template <class Scans>
+bool LinkAt(const char* s, int& len, bool& isMail, Scans& scans) {
     if (!s) return false;  // nothing to recognise; outputs untouched
     uchar first = (uchar)*s;
     if (!_ismbcalnum(first) && first != '_') return false;
@@ -164,13 +145,13 @@ bool IsValidURL(const char* s, int& len, bool& isMail) {
         if (!HasPrefixNoCase(s, scheme)) continue;
         int prefix = (int)std::strlen(scheme);
         int n = 0;
-        if (!ScanHost(s + prefix, true, n)) return false;
+        if (!scans.Host((const uchar*)s + prefix, true, n)) return false;
         len = prefix + n;
         return true;
     }
 
     int n = 0;
-    isMail = ScanEMail(s, n);
+    isMail = EMailAt(s, n, scans);
     if (isMail) {
         len = n;
         return true;
@@ -186,11 +167,186 @@ bool IsValidURL(const char* s, int& len, bool& isMail) {
     }
 
     if (HasPrefixNoCase(s, "www.")) {
-        if (!ScanHost(s, true, n)) return false;
+        if (!scans.Host((const uchar*)s, true, n)) return false;
         len = n;
         return true;
     }
     return false;
+}
+
+// ---- Shared walks for many starts in one text ---------------------------------------------
+//
+// Trying the recognition at every word of a long run of host or mailbox bytes ("a!a!a!...")
+// walks the same bytes again from each word: quadratic in the run. The walks below give
+// exactly the results of walking afresh, but remember where earlier walks stopped. The starts
+// of one search move forward (a scheme's host start may lie up to 14 bytes past its word, and
+// "mailto:" moves the mailbox start by 7), so each walk is remembered together with the one
+// before it and a start up to kBridge bytes before a remembered walk only walks up to it.
+// Every byte is then walked a bounded number of times and a search is linear in its text.
+// `steps` counts the bytes walked, for callers and tests that bound the work.
+
+const long kBridge = 16;
+
+// The first byte at or after t that `stop` accepts (the NUL always stops a walk).
+template <class Stop>
+class StopWalk {
+public:
+    const uchar* Next(const uchar* t, size_t& steps) {
+        for (Walk& w : m_walks) {
+            if (!w.from || t > w.to) continue;
+            if (t >= w.from) return w.to;
+            if (w.from - t <= kBridge) {
+                for (const uchar* p = t; p < w.from; ++p, ++steps)
+                    if (Stop()(*p)) return p;
+                return w.to;
+            }
+        }
+        const uchar* p = t;
+        for (; !Stop()(*p); ++p) ++steps;
+        m_walks[m_next] = {t, p};
+        m_next ^= 1;
+        return p;
+    }
+
+private:
+    struct Walk {
+        const uchar* from = nullptr;
+        const uchar* to = nullptr;
+    };
+    Walk m_walks[2];
+    int m_next = 0;
+};
+
+struct DotSlashOrEnd {
+    bool operator()(uchar c) const { return !IsHostByte(c) || c == '.' || c == '/' || c == '\\'; }
+};
+struct SlashOrEnd {
+    bool operator()(uchar c) const { return !IsHostByte(c) || c == '/' || c == '\\'; }
+};
+struct HostEnd {
+    bool operator()(uchar c) const { return !IsHostByte(c); }
+};
+struct MailboxStop {
+    bool operator()(uchar c) const { return c == '@' || c < 33 || InSet(c, kMailboxStop); }
+};
+
+// The number of "." bytes in [a, b) of the host run that ends at `end`. Short spans are
+// counted directly; for long runs a table of running counts from the lowest start asked is
+// kept, so that many starts in one long run do not count its dots again each.
+class RunDots {
+public:
+    long long Between(const uchar* a, const uchar* b, const uchar* end, size_t& steps) {
+        if (b - a <= 64) {
+            long long n = 0;
+            for (const uchar* p = a; p < b; ++p, ++steps) n += *p == '.';
+            return n;
+        }
+        if (end != m_end || a < m_base) {
+            m_end = end;
+            m_base = a;
+            m_counts.assign(1, 0);
+            for (const uchar* p = a; p < end; ++p, ++steps) m_counts.push_back(m_counts.back() + (*p == '.'));
+        }
+        return m_counts[(size_t)(b - m_base)] - m_counts[(size_t)(a - m_base)];
+    }
+
+private:
+    const uchar* m_end = nullptr;
+    const uchar* m_base = nullptr;
+    std::vector<std::uint32_t> m_counts;
+};
+
+// ScanHost for a sequence of starts in one text, with the same results.
+class HostScanner {
+public:
+    HostScanner(const uchar* text, size_t& steps) : m_text(text), m_steps(steps) {}
+
+    bool Scan(const uchar* t, bool extend, int& len) {
+        // The first ".", slash or end of the host bytes: no "." before a slash or the end fails.
+        const uchar* q = m_dotOrSlash.Next(t, m_steps);
+        if (*q != '.' || !IsHostByte(*q)) return false;
+        // Dots are counted from there up to a slash or the end of the host bytes.
+        const uchar* slash = m_slash.Next(q, m_steps);
+        if (IsHostByte(*slash) && !extend) return false;  // a bare host ends at a stop byte
+        const uchar* end = m_end.Next(slash, m_steps);
+        long long dots = m_dots.Between(q, slash, end, m_steps);
+        // Trailing punctuation is dropped down to the start, each "." off the count.
+        if (end != m_tailEnd) {
+            m_tailEnd = end;
+            m_tailStart = end;
+            while (m_tailStart > m_text && InSet(m_tailStart[-1], kTrailingPunctuation)) --m_tailStart, ++m_steps;
+        }
+        const uchar* lo = m_tailStart > t ? m_tailStart : t;
+        dots -= m_dots.Between(lo > q ? lo : q, end, end, m_steps);  // no "." lies before q
+        if (dots <= 0) return false;
+        len = (int)(lo - t);
+        return true;
+    }
+
+private:
+    const uchar* m_text;
+    size_t& m_steps;
+    StopWalk<DotSlashOrEnd> m_dotOrSlash;
+    StopWalk<SlashOrEnd> m_slash;
+    StopWalk<HostEnd> m_end;
+    RunDots m_dots;
+    const uchar* m_tailEnd = nullptr;
+    const uchar* m_tailStart = nullptr;
+};
+
+// The walks of many recognitions in one NUL-terminated text. Link hosts and address hosts are
+// scanned by separate scanners because their starts advance independently.
+class SharedScans {
+public:
+    explicit SharedScans(const char* text)
+        : m_linkHosts((const uchar*)text, m_steps), m_mailHosts((const uchar*)text, m_steps) {}
+    bool Host(const uchar* t, bool extend, int& len) { return m_linkHosts.Scan(t, extend, len); }
+    const uchar* MailboxEnd(const uchar* p) { return m_mailbox.Next(p, m_steps); }
+    const uchar* EMailHost(const uchar* host, bool& ok, int& len) {
+        ok = m_mailHosts.Scan(host, false, len);
+        return host;
+    }
+    size_t Steps() const { return m_steps; }
+
+private:
+    size_t m_steps = 0;
+    HostScanner m_linkHosts, m_mailHosts;
+    StopWalk<MailboxStop> m_mailbox;
+};
+
+// Where FindLinks tries a link: at a word's first byte, so that "www.host.test" is not found
+// again as "ww.host.test" one byte later.
+bool StartsWord(const uchar* text, size_t i) {
+    if (i == 0) return true;
+    uchar prev = text[i - 1];
+    return !mbc::IsAlnum(prev) && prev != '_' && prev != '.' && prev != '-' && prev != '@' && prev != ':' &&
+           prev != '/' && prev != '\\' && prev != '%' && prev < 0x80;
+}
+
+}  // namespace
+
+bool IsValidURL(const char* s, int& len, bool& isMail) {
+    FreshScans scans;
+    return LinkAt(s, len, isMail, scans);
+}
+
+size_t FindLinks(const char* text, size_t length, std::vector<CLinkMatch>& found) {
+    found.clear();
+    if (!text) return 0;
+    SharedScans scans(text);
+    size_t steps = 0;
+    for (size_t i = 0; i < length; ++steps) {
+        int len = 0;
+        bool isMail = false;
+        if (StartsWord((const uchar*)text, i) && LinkAt(text + i, len, isMail, scans) && len > 0) {
+            found.push_back({i, len, isMail});
+            i += (size_t)len;
+            steps += (size_t)len;
+        } else {
+            ++i;
+        }
+    }
+    return steps + scans.Steps();
 }
 
 bool IsExternalLink(const char*) {
@@ -212,24 +368,32 @@ bool IsLooksLikeEmailAddress(const char* ptr_address) {
 }
 
 int CollectEMails(CString text, CStringSet& found) {
+    CollectEMails(text, found, nullptr);
+    return 0;
+}
+
+int CollectEMails(CString text, CStringSet& found, size_t* steps) {
     const char* s = text;
     const int n = text.GetLength();
-    EMailScanCache cache;
+    SharedScans scans(s);
+    size_t loop = 0;
     int i = 0;
     while (i < n) {
+        ++loop;
         if (InSet((uchar)s[i], kWordDelimiters)) {
             ++i;
             continue;
         }
         int len = 0;
         // An embedded NUL ends the scan's view of the text there; len is then within it.
-        if (ScanEMail(s + i, len, &cache) && len > 0) {
+        if (EMailAt(s + i, len, scans) && len > 0) {
             found.Add(CString(s + i, len));
             i += len;
         } else {
-            while (i < n && !InSet((uchar)s[i], kWordDelimiters)) ++i;
+            while (i < n && !InSet((uchar)s[i], kWordDelimiters)) ++i, ++loop;
         }
     }
+    if (steps) *steps = loop + scans.Steps();
     return 0;
 }
 

@@ -5,6 +5,7 @@
 // Every test is byte-wise on 8-bit text; bytes of 128 and above are ordinary characters.
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <set>
 #include <vector>
@@ -59,6 +60,25 @@ MFCQMUTILS_API bool IsExternalLink(const char* s);
 MFCQMUTILS_API bool IsLooksLikeEmailAddress(const char* ptr_address);
 // Adds every e-mail address found in text to found; always returns 0.
 MFCQMUTILS_API int CollectEMails(CString text, CStringSet& found);
+// The same; when steps is not null it receives the number of bytes the scans walked, which
+// stays within a small multiple of the text's length whatever the text.
+MFCQMUTILS_API int CollectEMails(CString text, CStringSet& found, size_t* steps);
+
+// A link or e-mail address found in a text: where it starts, its length in bytes, and
+// whether IsValidURL's e-mail step found it.
+struct CLinkMatch {
+    size_t offset;
+    int length;
+    bool isMail;
+};
+// Every link and e-mail address of text[0..length) that IsValidURL finds at the first byte of
+// a word (a byte not preceded by a letter, a digit, "_", ".", "-", "@", ":", "/", "\\", "%"
+// or a byte of 128 and above), left to right, the search going on after each one found.
+// text[length] must be a NUL; embedded NULs end the scans that reach them. The walks are
+// shared between the starts, so the search is linear in length where calling IsValidURL at
+// every word can be quadratic. Returns the number of bytes walked (a small multiple of
+// length) for callers that budget work.
+MFCQMUTILS_API size_t FindLinks(const char* text, size_t length, std::vector<CLinkMatch>& found);
 
 // Takes the first item of an address list: returns its address, fills name with its display
 // name and sets *next (when next is not null) to the rest of the list, or to null at its end.
