@@ -24,11 +24,8 @@ TEST(CMenu, InsertPositionsStatesAndSeparators) {
     ASSERT_TRUE(m.InsertMenu(777, MF_BYCOMMAND | MF_STRING | MF_GRAYED | MF_CHECKED, 5, "five"));  // unknown: appends
     ASSERT_EQ(m.GetMenuItemCount(), 5u);
     const char* texts[] = {"one", "two", "three", "four", "five"};
-    for (UINT i = 0; i < 5; ++i) {
-        EXPECT_EQ(m.GetMenuItemID((int)i), i + 1);
-        EXPECT_EQ(Text(m, i, MF_BYPOSITION), texts[i]);
-        EXPECT_EQ(Text(m, i + 1, MF_BYCOMMAND), texts[i]);
-    }
+    for (UINT i = 0; i < 5; ++i)
+        EXPECT_TRUE(m.GetMenuItemID((int)i) == i + 1 && Text(m, i, MF_BYPOSITION) == texts[i] && Text(m, i + 1, MF_BYCOMMAND) == texts[i]) << i;
     EXPECT_EQ(m.GetMenuItemID(5), kNoItem);
     EXPECT_EQ(m.GetMenuState(5, MF_BYCOMMAND), (UINT)(MF_GRAYED | MF_CHECKED));
     EXPECT_EQ(m.GetMenuState(8, MF_BYCOMMAND), kNoItem);
@@ -58,8 +55,7 @@ TEST(CMenu, PopupsAreSearchedByCommandAndOwnedByTheirMenu) {
     ASSERT_TRUE(m.InsertMenu(501, MF_BYCOMMAND | MF_STRING, 502, "s3"));
     CMenu* view = m.GetSubMenu(0);
     ASSERT_NE(view, nullptr);
-    EXPECT_EQ(view->m_hMenu, hSub);
-    EXPECT_EQ(view->GetMenuItemID(1), 502u);
+    EXPECT_TRUE(view->m_hMenu == hSub && view->GetMenuItemID(1) == 502u);
     EXPECT_EQ(Text(m, 500, MF_BYCOMMAND), "s1");
     EXPECT_TRUE(m.DeleteMenu(500, MF_BYCOMMAND));
     EXPECT_EQ(view->GetMenuItemCount(), 2u);
@@ -95,8 +91,7 @@ TEST(CMenu, DestroyAttachDetach) {
     CMenu other;
     ASSERT_TRUE(other.Attach(h));
     EXPECT_EQ((HMENU)other, h);
-    EXPECT_TRUE(other.DestroyMenu());
-    EXPECT_EQ(other.m_hMenu, nullptr);
+    EXPECT_TRUE(other.DestroyMenu() && other.m_hMenu == nullptr);
     CMenu stale;
     stale.m_hMenu = h;
     EXPECT_FALSE(stale.InsertMenu(0, MF_BYPOSITION, 1, "x"));

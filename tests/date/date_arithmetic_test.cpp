@@ -57,8 +57,7 @@ TEST(DateCalendar, LeapYearsAndMonthLengths) {
     EXPECT_EQ(CDate::days_per_mon[1], 29);
     CDate::dpm(2001, 7);
     EXPECT_EQ(CDate::days_per_mon[1], 28);
-    EXPECT_EQ(CDate::m2d(3), 61);  // February counted as 30 days
-    EXPECT_EQ(CDate::y2d(4), 1461);
+    EXPECT_TRUE(CDate::m2d(3) == 61 && CDate::y2d(4) == 1461);  // February counted as 30 days
 }
 
 // Scalar, fields and weekday of every day of years 1-3000 against the proleptic calendar.
@@ -90,8 +89,7 @@ TEST(DateCalendar, ScalarAndWeekdayMatchTheGregorianOrdinalForEveryDayOfYears1To
 }
 
 TEST(DateCalendar, ExtremeScalarsEndAndStayDefined) {
-    // These end (no year-by-year search through millions of years, no wrapped y2d) under the
-    // sanitizers without undefined behaviour.
+    // These end quickly and without undefined behaviour.
     int y, m, d;
     for (LONG s : {(LONG)0x80000000, (LONG)-1, (LONG)0, (LONG)6000000, (LONG)-6000000}) {
         CDate::scalar2ymd(s, y, m, d);
@@ -113,12 +111,9 @@ TEST(DateArithmetic, AdditionAgreesWithScalarArithmeticForValidDates) {
         if (s + n < 1) continue;
         year_month_day ymd = FromOrdinal(s + n);
         const CDate expected((int)ymd.year(), (unsigned)ymd.month(), (unsigned)ymd.day());
-        ASSERT_EQ(d + n, expected) << s << " + " << n;
-        ASSERT_EQ(expected - n, d);
-        ASSERT_EQ(expected - d, n);
         CDate inPlace = d;
         inPlace += n;
-        ASSERT_EQ(inPlace, expected);
+        ASSERT_TRUE(d + n == expected && expected - n == d && expected - d == n && inPlace == expected) << s << " + " << n;
         inPlace -= n;
         ASSERT_EQ(inPlace, d);
     }
@@ -157,10 +152,7 @@ TEST(DateArithmetic, IncrementAndDecrementStepOneDay) {
     CDate d(1999, 1, 1);
     for (int i = 0; i < 1500; ++i) {
         CDate next = d + 1, a = d, b = next;
-        ASSERT_EQ(a++, d);
-        ASSERT_EQ(a, next);
-        ASSERT_EQ(--b, d);
-        ASSERT_EQ(++CDate(d), next);
+        ASSERT_TRUE(a++ == d && a == next && --b == d && ++CDate(d) == next) << i;
         d = next;
     }
     // Days past the month's end keep counting: 31 February + 1 is 32 February.
@@ -212,9 +204,7 @@ TEST(DateArithmetic, WeekNumbersWithSundayWeeksFollowEachRule) {
 
 TEST(DateArithmetic, SpanCountsDays) {
     CDaySpan s(5);
-    EXPECT_EQ(s++.GetDays(), 5);
-    EXPECT_EQ((long)s, 6);
-    EXPECT_EQ((--s).GetDays(), 5);
+    EXPECT_TRUE(s++.GetDays() == 5 && (long)s == 6 && (--s).GetDays() == 5);
     s += 10;
     s -= 3;
     EXPECT_EQ(s.GetDays(), 12);

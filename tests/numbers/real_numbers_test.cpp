@@ -15,11 +15,7 @@ namespace {
 
 using numtest::ScopedNumberSettings;
 
-struct Double2StrCase {
-    double value;
-    int decimals;
-    const char* expected;
-};
+struct Double2StrCase { double value; int decimals; const char* expected; };
 
 TEST(Double2Str, FixedDecimalsCutNotRounded) {
     const Double2StrCase cases[] = {
@@ -33,8 +29,7 @@ TEST(Double2Str, FixedDecimalsCutNotRounded) {
     };
     for (const Double2StrCase& c : cases) {
         CString out = "stale";
-        CString& ret = Double2Str(c.value, out, c.decimals);
-        EXPECT_EQ(&ret, &out);
+        EXPECT_EQ(&Double2Str(c.value, out, c.decimals), &out);
         EXPECT_EQ(out, c.expected) << c.value << " with " << c.decimals;
     }
 }
@@ -46,9 +41,7 @@ TEST(Double2Str, TooManyDecimalsIsReportedAndStillFormatted) {
     EXPECT_TRUE(sink.Reports().empty());
     Double2Str(1.123456, out, 5);
     ASSERT_EQ(sink.Reports().size(), 1u);
-    EXPECT_EQ(sink.Reports()[0].expression, "Decimals < 5");
-    EXPECT_EQ(sink.Reports()[0].module, "Common\\utils");
-    EXPECT_EQ(out, "1.12345");
+    EXPECT_EQ(sink.Reports()[0].expression + sink.Reports()[0].module + out.str(), "Decimals < 5Common\\utils1.12345");
     Double2Str(0.5, out, 40);  // cut to 9 decimals rather than overflowing the digit count
     EXPECT_EQ(out, ".500000000");
     Double2Str(2.5, out, -3);
@@ -57,11 +50,7 @@ TEST(Double2Str, TooManyDecimalsIsReportedAndStillFormatted) {
 
 const double kInf = std::numeric_limits<double>::infinity();
 
-struct FltCase {
-    double value;
-    int digits;
-    const char* expected;
-};
+struct FltCase { double value; int digits; const char* expected; };
 
 // The Windows runtime's _gcvt rules, identical on every target.
 TEST(Fltstr, RuntimeSignificantDigitForm) {
@@ -83,37 +72,27 @@ TEST(Fltstr, RuntimeSignificantDigitForm) {
     };
     for (const FltCase& c : cases) {
         CString out = "stale";
-        CString& ret = fltstr(c.value, c.digits, out);
-        EXPECT_EQ(&ret, &out);
+        EXPECT_EQ(&fltstr(c.value, c.digits, out), &out);
         EXPECT_EQ(out, c.expected) << c.value << " with " << c.digits;
     }
 }
 
 TEST(Fltstr, FormatGcvtNeedsRoomForTheTerminator) {
     char small[7];
-    EXPECT_EQ(qm::FormatGcvt(123.25, 5, small, 6), 34);
-    EXPECT_STREQ(small, "");
+    EXPECT_TRUE(qm::FormatGcvt(123.25, 5, small, 6) == 34 && !*small);
     EXPECT_EQ(qm::FormatGcvt(123.25, 5, small, 7), 0);  // "123.25" fits 7 with its NUL
     EXPECT_STREQ(small, "123.25");
 }
 
 const double kInvalid = std::bit_cast<double>(0x0010000000000000ull);
 
-struct ParseCase {
-    const char* text;
-    double value;  // kInvalid for the sentinel
-    int decimals;
-};
+struct ParseCase { const char* text; double value; int decimals; };  // kInvalid for the sentinel
 
 TEST(StrToDouble, ParsesPlainNumbersAndCountsEverythingAfterThePointAsDecimals) {
     const ParseCase cases[] = {
-        {"$12.50", 12.5, 2},
-        {"12.5 ", 12.5, 2},     // the trailing blank counts as a decimal
-        {"12.50$", 12.5, 3},    // so does a removed trailing currency mark
-        {"  1.5", 1.5, 3},      // blanks around the text count, the leading ones too
-        {"\t7.0\n", 7.0, 3},
-        {" $1.25 ", 1.25, 4},   // ... but a removed leading currency mark does not
-        {"$ 12.50", 12.5, 2},   // blanks after a leading mark are skipped by the parser
+        // Blanks around the text and a removed trailing mark count as decimals, a leading mark does not.
+        {"$12.50", 12.5, 2}, {"12.5 ", 12.5, 2}, {"12.50$", 12.5, 3}, {"  1.5", 1.5, 3}, {"\t7.0\n", 7.0, 3},
+        {" $1.25 ", 1.25, 4}, {"$ 12.50", 12.5, 2},
         {"?\t-3", -3.0, 0}, {".5", 0.5, 1},  {"5.", 5.0, 0},  {"+4", 4.0, 0},  {"1.5e2", 150.0, 3},
         {"1e999", HUGE_VAL, 0}, {"-1e999", -HUGE_VAL, 0}, {"1e-999", 0.0, 0},
         {"", kInvalid, 0},  {"   ", kInvalid, 0}, {"$", kInvalid, 0},
@@ -132,12 +111,7 @@ TEST(StrToDouble, ParsesPlainNumbersAndCountsEverythingAfterThePointAsDecimals) 
     }
 }
 
-struct ValidCase {
-    const char* text;
-    int intDigits;
-    int fracDigits;
-    bool valid;
-};
+struct ValidCase { const char* text; int intDigits; int fracDigits; bool valid; };
 
 TEST(IsValidDouble, BudgetsDigitsBeforeAndAfterTheSeparator) {
     const ValidCase cases[] = {
@@ -162,16 +136,12 @@ TEST(DecimalSeparator, WritersAndReadersFollowTheOverrideThenTheLocale) {
     int decimals = 0;
     settings.Pin(LOCALE_SDECIMAL, ",");
     EXPECT_EQ(Double2Str(1.5, out, 1), "1,5");
-    EXPECT_EQ(StrToDouble("2,25", decimals), 2.25);
-    EXPECT_EQ(decimals, 2);
-    EXPECT_EQ(StrToDouble("2.5", decimals), 2.5);
+    EXPECT_TRUE(StrToDouble("2,25", decimals) == 2.25 && decimals == 2 && StrToDouble("2.5", decimals) == 2.5);
     settings.Override(';');
     EXPECT_EQ(Double2Str(1.5, out, 1), "1;5");
     EXPECT_EQ(StrToDouble("3;5", decimals), 3.5);
     EXPECT_EQ(StrToDouble("3,5", decimals), kInvalid);  // the override wins over the locale
-    EXPECT_NE(IsValidDouble("1;5", 2, 1), 0);
-    EXPECT_NE(IsValidDouble("1.5", 2, 1), 0);
-    EXPECT_EQ(IsValidDouble("1;5.2", 5, 3), 0);  // two separators
+    EXPECT_TRUE(IsValidDouble("1;5", 2, 1) && IsValidDouble("1.5", 2, 1) && !IsValidDouble("1;5.2", 5, 3));
     settings.Override(0);
     settings.Pin(LOCALE_SDECIMAL, "ab");  // longer than one character
     EXPECT_EQ(Double2Str(1.5, out, 1), "1.5");
@@ -180,10 +150,7 @@ TEST(DecimalSeparator, WritersAndReadersFollowTheOverrideThenTheLocale) {
 }
 
 TEST(Round, HalvesGoUp) {
-    const struct {
-        double x;
-        int expected;
-    } cases[] = {
+    const struct { double x; int expected; } cases[] = {
         {2.5, 3}, {-2.5, -2}, {2.4999, 2}, {-2.6, -3}, {-0.5, 0}, {2147483647.4, 2147483647},
         // Beyond 32 bits: the x86 conversion's 0x80000000.
         {1e10, INT32_MIN}, {-1e10, INT32_MIN},
@@ -193,11 +160,7 @@ TEST(Round, HalvesGoUp) {
 }
 
 TEST(Round, SinglePrecisionDecimalsCutNegativesTowardZero) {
-    const struct {
-        float x;
-        int decimals;
-        float expected;
-    } cases[] = {
+    const struct { float x; int decimals; float expected; } cases[] = {
         {1.25f, 1, 13.0f / 10.0f}, {-1.7f, 0, -1.0f}, {-1.25f, 1, -12.0f / 10.0f},  // negatives are cut
         {2.5f, 0, 3.0f}, {0.125f, 2, 13.0f / 10.0f / 10.0f}, {2.6f, -1, 3.0f},  // a negative count scales by nothing
         // A huge count overflows to infinity (or stays 0) and answers at once.

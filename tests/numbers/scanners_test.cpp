@@ -8,11 +8,7 @@
 
 namespace {
 
-struct ScanCase {
-    const char* text;
-    LONG value;
-    int cursor;  // offset of the cursor afterwards
-};
+struct ScanCase { const char* text; LONG value; int cursor; };  // offset of the cursor afterwards
 
 constexpr LONG kFail = INT32_MIN;
 
@@ -39,11 +35,7 @@ TEST(ScanIntLong, ValuesAndCursor) {
 }
 
 TEST(ScanInt, StartsAtADigitAndStaysBelow65535) {
-    const struct {
-        const char* text;
-        unsigned int value;
-        int cursor;
-    } cases[] = {
+    const struct { const char* text; unsigned int value; int cursor; } cases[] = {
         {"65534", 65534, 5}, {"65535", 0xFFFFFFFFu, 5}, {"1,000 items", 1000, 5},
         {" 5", 0xFFFFFFFFu, 0}, {"-5", 0xFFFFFFFFu, 0},  // no blanks, no sign
         {"3000000000", 0xFFFFFFFFu, 10},  // wraps negative in 32 bits: still a failure
@@ -56,11 +48,7 @@ TEST(ScanInt, StartsAtADigitAndStaysBelow65535) {
 }
 
 TEST(ScanPtr, SegmentAndOffsetDigitsFormOneNumber) {
-    const struct {
-        const char* text;
-        std::uintptr_t value;
-        int cursor;
-    } cases[] = {
+    const struct { const char* text; std::uintptr_t value; int cursor; } cases[] = {
         {"0012:ABCD", 0x12ABCD, 9}, {"FFFF:FFFF rest", 0xFFFFFFFFu, 9}, {"1:", 0x1, 2},
         {"123456789:0", 0x34567890u, 11},  // only the low 32 bits
         {"a:0", 42 * 16, 3},               // lower case is taken as c - 55 (kept as is)
@@ -77,10 +65,7 @@ TEST(ScanPtr, SegmentAndOffsetDigitsFormOneNumber) {
 }
 
 TEST(Str2DWORD, EveryCharacterCountsAsADigit) {
-    const struct {
-        CString text;
-        DWORD value;
-    } cases[] = {
+    const struct { CString text; DWORD value; } cases[] = {
         {"", 0}, {"4294967295", 4294967295u}, {"4294967296", 0},  // wraps
         {"1a", 10 + ('a' - '0')},  // a letter contributes its code minus 48
         {CString("1\0" "2", 3), (DWORD)(100 + (0 - 48) * 10 + 2)},

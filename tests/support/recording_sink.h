@@ -10,11 +10,7 @@
 
 namespace qmtest {
 
-struct AssertReport {
-    std::string expression;
-    std::string module;
-    int line;
-};
+struct AssertReport { std::string expression; std::string module; int line; };
 
 // Installs a recording assertion sink for its lifetime (and restores the previous one).
 class RecordingAssertSink {

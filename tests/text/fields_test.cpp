@@ -37,8 +37,7 @@ TEST(MergeFieldIntoText, Cases) {
 TEST(MergeFieldIntoText, BlankValueRemovesTheFieldWithBracesAndPadding) {
     struct Case { const char* text; const char* marker; const char* out; };
     const Case cases[] = {
-        {"a {@1} b", "@1", "a  b"},
-        {"[{name    }]", "{name", "[]"},
+        {"a {@1} b", "@1", "a  b"}, {"[{name    }]", "{name", "[]"},
         {"[{name x}]", "{name", "[{name x}]"},  // still not a field
     };
     for (const char* blank : {"", "  \t", "\x17", " \x01" "cmd\x02\x17", "\x01" "unclosed"}) {
@@ -51,8 +50,7 @@ TEST(MergeFieldIntoText, BlankValueRemovesTheFieldWithBracesAndPadding) {
     qmtest::RecordingAssertSink sink;  // an empty marker is refused
     CString text("abc");
     MergeFieldIntoText(text, "", "x");
-    EXPECT_EQ(text, "abc");
-    EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"!marker.IsEmpty()"});
+    EXPECT_TRUE(text == "abc" && sink.Expressions() == std::vector<std::string>{"!marker.IsEmpty()"});
 }
 
 TEST(ReplaceFields, FillsNumberedMarkersFromTheLinesAfterTheName) {
@@ -80,12 +78,10 @@ TEST(ReplaceFields, AtMostNineValuesAndNothingForEmptyInput) {
     CString out("@9 @1");
     ReplaceFields("n", text.c_str(), out);
     EXPECT_EQ(out, "v9 v1");
-
     // A value whose end is exactly where the name occurs again is not taken.
     CString atLimit("@1");
     ReplaceFields("\x17N", "\x17N\nA\x17N", atLimit);
     EXPECT_EQ(atLimit, "@1");
-
     CString empty;
     ReplaceFields("n", text.c_str(), empty);
     EXPECT_EQ(empty, "");

@@ -14,22 +14,19 @@ namespace {
 // For n = 10 the step back tests (day - weekday + 7) against the month length, so the answer
 // depends on the weekday number; the walk models that test literally.
 TEST(DayOfNthDow, MatchesAWalkOfTheMonth) {
-    for (int year : {1900, 1901, 2000, 2012, 2026, 2100}) {
-        for (int month = 1; month <= 12; ++month) {
+    for (int year : {1900, 1901, 2000, 2012, 2026, 2100})
+        for (int month = 1; month <= 12; ++month)
             for (int weekday = 1; weekday <= 7; ++weekday) {
                 std::vector<int> days;
                 for (int d = 1; d <= tsoracle::MonthDays(year, month); ++d)
                     if (tsoracle::Weekday(year, month, d) == weekday) days.push_back(d);
                 SCOPED_TRACE(testing::Message() << year << "-" << month << " weekday " << weekday);
                 for (int n = 1; n <= 4; ++n) EXPECT_EQ(DayOfNthDOW(year, month, n, weekday), days[n - 1]) << n;
-                EXPECT_EQ(DayOfNthDOW(year, month, 5, weekday), days.back());
-                EXPECT_EQ(DayOfNthDOW(year, month, 9, weekday), days.back());
+                EXPECT_TRUE(DayOfNthDOW(year, month, 5, weekday) == days.back() && DayOfNthDOW(year, month, 9, weekday) == days.back());
                 size_t k = days.size() - 1;
                 while (k > 0 && days[k] - weekday + 7 > tsoracle::MonthDays(year, month)) --k;
                 EXPECT_EQ(DayOfNthDOW(year, month, 10, weekday), days[k]);
             }
-        }
-    }
 }
 
 TEST(DayOfNthDow, YearBefore1900OrBadMonthIsTheGeneralFailure) {
