@@ -97,9 +97,7 @@ TEST(CompactRecord, RecordsMatchTheModelAndRoundTripInSequence) {
             SmartSerializeRect(ar, rc);
             SmartSerializePoint(ar, pt);
             SmartSerializeSize(ar, w, h);
-            ASSERT_EQ(rc, rects[(size_t)i]) << i;
-            ASSERT_EQ(pt, points[(size_t)i]) << i;
-            ASSERT_EQ(std::make_pair(w, h), sizes[(size_t)i]) << i;
+            ASSERT_TRUE(rc == rects[(size_t)i] && pt == points[(size_t)i] && std::make_pair(w, h) == sizes[(size_t)i]) << i;
         }
     });
     EXPECT_EQ(used, bytes.size());
@@ -110,17 +108,10 @@ TEST(CompactRecord, TagBitsBeyondTheFieldsAreIgnored) {
     CRect rc(5, 5, 5, 5);
     EXPECT_EQ(Load({0xC0, 0x01, 0x00, 0x01, 0x00}, [&](CArchive& ar) { SmartSerializeRect(ar, rc); }), 5u);
     EXPECT_EQ(rc, CRect(0, 0, 0, 0x10001));
-
-    // The same byte read for a point: both fields 0, the high bits unused, one byte consumed,
-    // so the next record starts right after it.
+    // For a point both fields are 0 and the next record starts right after the tag.
     CPoint pt(3, 3), next;
-    EXPECT_EQ(Load({0xC0, 0x01, 0x7F}, [&](CArchive& ar) {
-                  SmartSerializePoint(ar, pt);
-                  SmartSerializePoint(ar, next);
-              }),
-              3u);
-    EXPECT_EQ(pt, CPoint(0, 0));
-    EXPECT_EQ(next, CPoint(127, 0));
+    EXPECT_EQ(Load({0xC0, 0x01, 0x7F}, [&](CArchive& ar) { SmartSerializePoint(ar, pt), SmartSerializePoint(ar, next); }), 3u);
+    EXPECT_TRUE(pt == CPoint(0, 0) && next == CPoint(127, 0));
 }
 
 TEST(CompactRecord, TruncatedRecordThrowsAndKeepsTheFieldsReadSoFar) {
@@ -154,8 +145,7 @@ TEST(CompactRecord, WideLongStoresItsLow32Bits) {
     EXPECT_EQ(Store([&](CArchive& ar) { SmartSerializeSize(ar, w, h); }), (Bytes{0x05, 0x05, 0xFE}));
 }
 
-// Loading is chosen by the archive's mode; reading from a storing archive or writing to a
-// loading one is what fails.
+// Reading from a storing archive or writing to a loading one fails.
 TEST(CompactRecord, WrongDirectionRaisesTheArchiveException) {
     CMemFile file;
     CArchive storing(&file, CArchive::store);
