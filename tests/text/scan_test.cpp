@@ -94,14 +94,12 @@ TEST(Tokens, GetTokenGetStrUpToAndNthToken) {
     CString token;
     EXPECT_TRUE(GetToken(&p, token) && token == "one" && *p == '\t');
     EXPECT_TRUE(GetToken(&p, token) && token == "a\x17" "b");
-    EXPECT_FALSE(GetToken(&p, token));
-    EXPECT_TRUE(token.IsEmpty() && *p == '\0');
+    EXPECT_TRUE(!GetToken(&p, token) && token.IsEmpty() && *p == '\0');
     const char* none = nullptr;
     EXPECT_FALSE(GetToken(&none, token) || GetToken(nullptr, token));
     p = "key=value";
     EXPECT_EQ(GetStrUpTo(p, '=', token), "key");
-    EXPECT_EQ(GetStrUpTo(p, '=', token), "");  // already on it: nothing taken, no move
-    EXPECT_EQ(*p++, '=');
+    EXPECT_TRUE(GetStrUpTo(p, '=', token) == "" && *p++ == '=');  // already on it: nothing taken, no move
     EXPECT_EQ(GetStrUpTo(p, ';', token), "value");
     // nth_token_cpy counts from one and leaves the token alone for n < 1.
     CString src = " a  b\tc ";
@@ -109,8 +107,7 @@ TEST(Tokens, GetTokenGetStrUpToAndNthToken) {
     const Case cases[] = {{1, "a", 1}, {3, "c", 1}, {4, "", 0}, {0, "keep", 1}, {-1, "keep", 1}};
     for (const Case& c : cases) {
         CString t = "keep";
-        EXPECT_EQ(nth_token_cpy(t, src, c.n), c.result) << c.n;
-        EXPECT_EQ(t, c.expected) << c.n;
+        EXPECT_TRUE(nth_token_cpy(t, src, c.n) == c.result && t == c.expected) << c.n;
     }
 }
 
@@ -132,8 +129,7 @@ TEST(TrimEdges, OnlySpacesAndAnEmbeddedNulIsReportedAndKept) {
     qmtest::RecordingAssertSink sink;
     CString s(" a\0b ", 5);
     TrimEdges(s);
-    EXPECT_EQ(s.str(), std::string("a\0b", 3));
-    EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"*ptr == 0"});
+    EXPECT_TRUE(s.str() == std::string("a\0b", 3) && sink.Expressions() == std::vector<std::string>{"*ptr == 0"});
 }
 
 TEST(LineEnds, RemoveEmptyLinesReplaceEolInsureEol) {
@@ -176,9 +172,7 @@ TEST(CenterText, PadsHalfTheSpareWidth) {
 
 TEST(GetAcceleratorPos, SkipsEscapedAndTrailingAmpersands) {
     struct Case { const char* in; int expected; };
-    const Case cases[] = {
-        {"Save && &Exit", 9}, {"A&&B", -1}, {"&File", 1}, {"&&&x", 3}, {"x&", -1}, {"", -1}, {"a&&", -1}, {"&&&", -1},
-    };
+    const Case cases[] = {{"Save && &Exit", 9}, {"A&&B", -1}, {"&File", 1}, {"&&&x", 3}, {"x&", -1}, {"", -1}, {"a&&", -1}, {"&&&", -1}};
     for (const Case& c : cases) EXPECT_EQ(GetAcceleratorPos(c.in), c.expected) << c.in;
 }
 
@@ -196,8 +190,7 @@ TEST(ValidMutexName, LowersAndReplacesBackslashes) {
     }
     CString withNul("A\\\0B\xC0", 5);  // bytes after a NUL are lowered too
     ValidMutexName(withNul);
-    EXPECT_EQ(withNul.str(), std::string("a|\0b\xE0", 5));
-    EXPECT_TRUE(sink.Expressions().empty());
+    EXPECT_TRUE(withNul.str() == std::string("a|\0b\xE0", 5) && sink.Expressions().empty());
     CString empty;
     ValidMutexName(empty);
     EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"!mutex_name.IsEmpty()"});
