@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-
 #include <algorithm>
 #include <climits>
 #include <cstring>
@@ -23,8 +22,7 @@ Label Build(int n, int type, char prefix = 0, char suffix = 0) {
     return {ok, std::string(buf), font, p - buf};
 }
 
-// The label models: decimal with its sign; one letter repeated once per round of 26 up to
-// ten letters; Roman numerals from 1 to 9999 (any number of M); "*" outside a style's range.
+// Label models: one letter per round of 26 up to ten; Roman 1-9999; "*" outside the range.
 std::string Letters(long long n, bool lower) {
     if (n < 1 || (n - 1) / 26 >= 10) return "*";
     return std::string((size_t)((n - 1) / 26 + 1), (char)((lower ? 'a' : 'A') + (n - 1) % 26));
@@ -96,8 +94,7 @@ TEST(BuildNumber, ConsecutiveCallsConcatenate) {
     EXPECT_TRUE(std::string(buf) == "III.b)17" && p == buf + 8);
 }
 
-// Every label, with the widest prefix and suffix, fits BULLET_LABEL_MAX bytes: the buffer is a
-// heap block of exactly that size, so the address sanitizer catches any byte beyond it.
+// Every label fits a heap block of exactly BULLET_LABEL_MAX bytes (checked under ASan).
 TEST(BuildNumber, NoLabelOutgrowsTheDocumentedMaximum) {
     const int styles[] = {0, 1, 2, 3, 4, 5, 6, 16, 17, 20, 23, 24};
     const int numbers[] = {INT_MIN, INT_MIN + 1, -10000, -1, 0, 1, 26, 27, 259, 260, 261,

@@ -1,7 +1,5 @@
-// CDate arithmetic against independent oracles: the proleptic Gregorian calendar of
-// std::chrono for valid dates, and a literal month-by-month day walk for every input.
+// CDate arithmetic against std::chrono's calendar and a literal month-by-month day walk.
 #include <gtest/gtest.h>
-
 #include <chrono>
 #include <cstdint>
 #include <random>
@@ -22,8 +20,7 @@ year_month_day FromOrdinal(long n) { return year_month_day{sys_days{days{n - 719
 
 int Field(int v, int bits) { return bits == 16 ? (short)(std::uint16_t)v : (signed char)(std::uint8_t)v; }
 
-// The day walk exactly as the calendar code describes it, one month per step, with the
-// library's own dpm (months outside 1..12 hold no days) and the fields' 16/8-bit wrapping.
+// One month per step, with the library's dpm and the fields' 16/8-bit wrapping.
 CDate LiteralWalk(CDate date, long long n) {
     int y = date.GetYear(), m = date.GetMonth();
     long long t = date.GetDay() + n;
@@ -119,9 +116,7 @@ TEST(DateArithmetic, AdditionAgreesWithScalarArithmeticForValidDates) {
     }
 }
 
-// Any packed word, near the 16-bit year wrap too, and distances up to the full 32 bits (the
-// literal walk takes one step a month, so those run on a few start dates only). The walk
-// leaves the February entry set for the year it ends in.
+// Any packed word and distances up to 32 bits; the February entry is left set for the end year.
 TEST(DateArithmetic, WalkMatchesTheLiteralWalkForAnyInput) {
     std::mt19937 rng(3);
     std::uniform_int_distribution<DWORD> words;
@@ -180,9 +175,8 @@ TEST(DateArithmetic, AddMonthShiftsWithoutClampingAndRefusesToGoBackAcrossAYear)
 }
 
 TEST(DateArithmetic, WeekNumbersWithSundayWeeksFollowEachRule) {
-    // Rule 0: week one holds 1 January; rule 1: week one is the first week with at least four
-    // days of the year; rule 2: the first full week. A week that reaches week one of the next
-    // year is week 1; one before week one belongs to the previous year.
+    // Week one: rule 0 holds 1 January, rule 1 has four days of the year, rule 2 is the first
+    // full week. A week reaching next year's week one is week 1.
     auto weekStart = [](sys_days d) { return d - (weekday{d} - Sunday); };
     auto weekOne = [&](int y, int minDays) {
         sys_days jan1{year{y} / January / 1}, s = weekStart(jan1);

@@ -1,7 +1,5 @@
-// CDate storage, setters, predicates and conversions to and from CTime and COleDateTime.
-// Tests run with TZ=EST5EDT on both targets.
+// CDate storage, setters, predicates and conversions (tests run with TZ=EST5EDT).
 #include <gtest/gtest.h>
-
 #include <ctime>
 #include <string>
 #include <vector>

@@ -1,6 +1,5 @@
 // CDate::Format: the format language, invalid dates, the output buffer's limit.
 #include <gtest/gtest.h>
-
 #include <cstring>
 #include <ctime>
 #include <random>
@@ -21,8 +20,7 @@ TEST(DateFormat, CodesRenderTheirFields) {
     for (const Case& c : cases) EXPECT_EQ(std::string(CDate(c.y, c.m, c.d).Format(c.fmt)), c.expected) << c.fmt;
 }
 
-// Weekday and name codes against the C runtime's own calendar, day by day over several years
-// (tests run in the C locale, so strftime's names are the English ones).
+// Weekday and name codes against strftime in the C locale, day by day.
 TEST(DateFormat, AgreesWithStrftimeDayByDay) {
     for (int k = 0; k < 1200; k += 1) {
         struct tm t {};
@@ -46,8 +44,7 @@ TEST(DateFormat, NullOrInvalidDateGivesEmptyTextAndReportsIt) {
     }
 }
 
-// The output stops at the buffer's size, also inside a name or a number; arbitrary format
-// bytes never break out of it (run under the address sanitizer).
+// The output stops at the buffer's size, also inside a name or a number, for any format.
 TEST(DateFormat, OutputStopsAtTheBufferSize) {
     const size_t limit = 31744;
     std::string fmt;

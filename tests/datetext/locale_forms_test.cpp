@@ -1,7 +1,5 @@
-// WinDateTime: settings read from the locale, the short and long date forms, the time of day
-// and the field extractors of the long picture.
+// WinDateTime: locale settings, short and long forms, time of day, field extractors.
 #include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
@@ -14,8 +12,7 @@ using datetext_test::LocaleTest;
 using datetext_test::Pins;
 using datetext_test::UseLocale;
 
-// Captured while the test program starts, before any test can call Initialize(): everything
-// but the short-year and leading-zero flags starts cleared.
+// Captured before any Initialize(): all cleared but the short-year and leading-zero flags.
 const std::string g_initial = std::to_string(WinDateTime::sShortYear) + std::to_string(WinDateTime::iTLZero) +
     std::to_string(WinDateTime::smdyFormat + WinDateTime::lmdyFormat + WinDateTime::charMonth + WinDateTime::lShortYear +
                    WinDateTime::incMonth + WinDateTime::TimeFormat + WinDateTime::DateSeparator + WinDateTime::TimeSeparator) +

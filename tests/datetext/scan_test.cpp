@@ -1,6 +1,5 @@
 // Reading dates back: ScanDate, the month-name matcher and FindDate, with bad input.
 #include <gtest/gtest.h>
-
 #include <cstring>
 #include <string>
 #include <vector>
@@ -80,8 +79,7 @@ TEST_F(LocaleTest, ScanDateEmptyInputAndUnreadablePictures) {
     EXPECT_TRUE(WinDateTime::ScanDate(p).IsNull());
 }
 
-// Whatever the short form writes, the scanner reads back (two-digit years within their
-// window), for every picture and order in use.
+// Whatever the short form writes, the scanner reads back, for every picture in use.
 TEST_F(LocaleTest, ShortFormReadsBack) {
     const Pins enUS;
     const Pins twoDigit = {{LOCALE_SSHORTDATE, "M/d/yy"}};

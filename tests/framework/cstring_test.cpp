@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-
 #include <cstring>
 
 #include "utils/framework/CString.h"

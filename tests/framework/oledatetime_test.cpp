@@ -1,6 +1,5 @@
 // The automation date scale against a calendar computed independently (std::chrono).
 #include <gtest/gtest.h>
-
 #include <chrono>
 #include <cmath>
 #include <limits>

@@ -1,6 +1,5 @@
 // Address lists, single addresses and postal address blocks.
 #include <gtest/gtest.h>
-
 #include <map>
 #include <string>
 #include <vector>
@@ -109,8 +108,7 @@ TEST(ExtractAddress, BlockShapes) {
         {"John Smith\rSpringfield 12345", 0, ""},
         {"Line one 1\rLine two 2\rLine three\rLine four\rLine five\rLine six\rLine 7777", 0, ""},
         {"John Smith\r12 Main Street\rSpringfield", 0, ""},
-        // A line starting with "." ends the block; the search goes on after it, and the "."
-        // line itself may start the next block.
+        // A line starting with "." ends the block and may start the next one.
         {"Line one x\rLine two 2\r.\rJohn Smith\r12 Main Street\rTown 12345", 1,
          ".\rJohn Smith\r12 Main Street\rTown 12345\r"},
         {"Line one x\rLine two 2\r\rJohn Smith\r12 Main Street\rTown 12345", 1,

@@ -1,6 +1,5 @@
 // Links and e-mail addresses found in note text.
 #include <gtest/gtest.h>
-
 #include <cctype>
 #include <cstring>
 #include <iterator>
@@ -90,8 +89,7 @@ std::set<std::string> Collect(const CString& text) {
 TEST(CollectEMails, FindsEveryAddressOnce) {
     typedef std::set<std::string> S;
     EXPECT_EQ(Collect("a@b.c, A@B.C; a@b.c"), S({"A@B.C", "a@b.c"}));
-    // The line mark ends an address but is no word delimiter, so the skip after it runs over
-    // the next address's start up to its first ".".
+    // The line mark ends an address but is no word delimiter: the skip runs on to the next ".".
     EXPECT_EQ(Collect("one\rtwo@three.four\x17" "five@six.seven"), S({"two@three.four"}));
     CStringSet found;  // what the set held is kept; an embedded NUL ends the text
     found.Add("old@entry.test");
@@ -99,8 +97,7 @@ TEST(CollectEMails, FindsEveryAddressOnce) {
     EXPECT_TRUE(found.GetCount() == 2 && found.Contains("old@entry.test") && found.Contains("a@b.c"));
 }
 
-// The address scan written out plainly from its rules, without the shortcuts that keep
-// CollectEMails linear; the two must find the same addresses.
+// The address scan written plainly, without the shortcuts that keep CollectEMails linear.
 bool ModelInSet(unsigned char c, const char* set) { return c && std::strchr(set, c); }
 
 bool ModelHost(const unsigned char* s, int& len) {

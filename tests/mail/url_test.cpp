@@ -1,7 +1,5 @@
-// File paths and file URLs, canonical URLs and percent decoding. The same table runs on both
-// targets: on Windows the system does the conversions, on POSIX the library's own backend.
+// Paths and file URLs, canonical URLs, percent decoding: one table for both backends.
 #include <gtest/gtest.h>
-
 #include <string>
 
 #include "tests/support/recording_sink.h"
@@ -20,8 +18,7 @@ TEST(Path2Url, DrivesNetworkPathsSpacesPercentAndEightBitBytes) {
         {"C:\\100%.txt", "file://C:/100%25.txt"},
         {"\\\\server\\share\\a b.txt", "file://server/share/a%20b.txt"},
         {"C:\\caf\xE9.txt", "file://C:/caf%E9.txt"},
-        // Bytes that stand for characters above U+00FF in code page 1252 are not escaped by
-        // the system, only by the final encoding.
+        // Code page 1252 bytes above U+00FF are escaped only by the final encoding.
         {"C:\\x\x80y\x9Fz\xFF", "file://C:/x%80y%9Fz%FF"},
         {"C:\\dir\\..\\x.txt", "file://C:/x.txt"},
         {"\\\\server\\share\\..\\x", "file://server/x"},
@@ -49,8 +46,7 @@ TEST(Url2Path, DecodesOnceInTheSystemAndOnceMore) {
         // Decoded twice: "%2541" becomes "%41" in the system and "A" after it.
         {"file:///C:/100%2541.txt", "C:\\100A.txt"},
         {"file://C:/100%2541.txt", "C:\\100%41.txt"},
-        // The system keeps "%2" and "%zz"; the second decoding drops a "%" near the end and
-        // turns a malformed pair into a NUL byte.
+        // The second decoding drops a "%" near the end and makes a malformed pair a NUL.
         {"file:///C:/a%2", "C:\\a2"},
         {"file:///C:/a%2Fb", "C:\\a/b"},
         {"http://host/x", ""},
@@ -87,8 +83,7 @@ TEST(Path2Url, RoundTripsThroughUrl2Path) {
         "C:\\caf\xE9 \x80.txt", "Z:\\tmp\\x_y;z.txt", "C:\\",
     };
     for (const char* p : paths) EXPECT_EQ(Bytes(Url2Path(Path2Url(p))), p) << p;
-    // A network path is decoded by the system and again by the library, so an escape-like
-    // name does not survive the trip.
+    // A network path is decoded twice, so an escape-like name does not survive the trip.
     EXPECT_EQ(Bytes(Url2Path(Path2Url("\\\\server\\s\\a%41"))), "\\\\server\\s\\aA");
 }
 

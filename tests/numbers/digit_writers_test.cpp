@@ -1,7 +1,5 @@
-// Fixed-width decimal and hexadecimal digit writers and the grouped form, against a model
-// built from the C runtime's own formatting.
+// Digit writers and the grouped form against models built on the C runtime's formatting.
 #include <gtest/gtest.h>
-
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -21,8 +19,7 @@ std::string Model(long long v, int width, bool hex) {
     return (v < 0 ? "-" : "") + (width > 0 ? s.substr(s.size() - (size_t)width) : "");
 }
 
-// Writes into a guarded buffer: the returned end is right after the text and nothing past it
-// is touched, for fields wider and narrower than the value.
+// The returned end is right after the text and nothing past it is touched.
 TEST(DigitWriters, FixedWidthDigitsMatchTheModel) {
     std::mt19937 rng(42);
     const LONG edges[] = {0, 1, -1, 9, 10, 99, 100, 12345, -12345, 2147483647, INT32_MIN};
@@ -39,8 +36,7 @@ TEST(DigitWriters, FixedWidthDigitsMatchTheModel) {
     }
 }
 
-// Groups of three from 1,000 up, with "," whatever the locale; negative numbers are never
-// grouped.
+// Groups of three from 1,000 up with "," whatever the locale; negatives are never grouped.
 TEST(DigitWriters, GroupedFormMatchesTheModel) {
     qm::platform::PinLocaleInfo(LOCALE_STHOUSAND, ".");
     std::mt19937 rng(7);

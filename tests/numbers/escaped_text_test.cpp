@@ -1,6 +1,5 @@
 // The escaped one-line text form: encoding, decoding, limits and round trips.
 #include <gtest/gtest.h>
-
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -24,9 +23,7 @@ std::string Decode(const std::string& text, bool extended) {
     return std::string(buf.data(), (size_t)(end - buf.data()));
 }
 
-// Every byte against a literal model of the escapes: tab, line feed, return and backslash by
-// letter, 0x01/0x02 as \b/\e in the extended form only, other control bytes as \xHH (upper
-// case); "?" and bytes from 0x7F up pass unchanged. Decoding gives every byte back.
+// Every byte against a literal model of the escapes, and back.
 TEST(EscapedText, EveryByteEncodesByTheModelAndRoundTrips) {
     std::string all;
     for (int c = 1; c < 256; ++c) all += (char)c;

@@ -31,8 +31,7 @@ TEST(DecimalSeparator, LocaleAnswers) {
     }
 }
 
-// The digit counts are cached for the whole process, so this is the only test in the
-// program that reads them: it walks through the first reads, a failed read and the cache.
+// The counts are cached per process, so this is the only test that reads them.
 TEST(DigitsAfterDecimal, ReadOncePerGroupAndCached) {
     ScopedNumberSettings settings;
     qmtest::RecordingAssertSink sink;

@@ -1,7 +1,5 @@
-// Real numbers: fixed-decimal text, runtime-style significant-digit text, parsing, the strict
-// validator and the two rounding helpers.
+// Real numbers: fixed and significant-digit text, parsing, the validator, rounding.
 #include <gtest/gtest.h>
-
 #include <bit>
 #include <climits>
 #include <cmath>
@@ -128,8 +126,7 @@ TEST(IsValidDouble, BudgetsDigitsBeforeAndAfterTheSeparator) {
     EXPECT_NE(IsValidDouble(nullptr, 2, 2), 0);
 }
 
-// Writing and reading use the override, else the locale's separator when it is one character;
-// reading also understands ".".
+// The override, else a one-character locale separator; reading also understands ".".
 TEST(DecimalSeparator, WritersAndReadersFollowTheOverrideThenTheLocale) {
     ScopedNumberSettings settings;
     CString out;

@@ -1,6 +1,5 @@
 // Cursor-advancing integer and pointer scanners and the unchecked digit accumulator.
 #include <gtest/gtest.h>
-
 #include <cstdint>
 #include <cstring>
 

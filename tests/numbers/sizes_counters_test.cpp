@@ -1,6 +1,5 @@
 // Byte-size texts, the archive count estimate, ordinal suffixes and alphabetic counters.
 #include <gtest/gtest.h>
-
 #include <climits>
 #include <cstdint>
 #include <cstring>

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-
 #include <climits>
 #include <cstdio>
 #include <cstdlib>

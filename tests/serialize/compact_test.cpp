@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-
 #include <climits>
 #include <cstdint>
 #include <iterator>
@@ -40,9 +39,8 @@ ULONGLONG Load(Bytes bytes, Fn fn) {
     return file.GetPosition();
 }
 
-// The record model: one tag byte with two bits per field (0: the value is 0, 1: one byte,
-// 2: two bytes, 3: four bytes; first field in the low bits), then each value little-endian in
-// the smallest width that holds it signed.
+// A tag byte with two bits per field (0, 1, 2 or 4 bytes; first field low), then each value
+// little-endian in the smallest signed width.
 Bytes Model(const std::vector<std::int32_t>& fields) {
     Bytes out{0};
     for (size_t i = 0; i < fields.size(); ++i) {
@@ -55,8 +53,7 @@ Bytes Model(const std::vector<std::int32_t>& fields) {
     return out;
 }
 
-// Values around each width boundary and anywhere, as points, sizes and rectangles, stored
-// one after another and read back in sequence.
+// Values near each width boundary and anywhere, stored in sequence and read back.
 TEST(CompactRecord, RecordsMatchTheModelAndRoundTripInSequence) {
     std::mt19937 rng(20261122);
     const std::int32_t edges[] = {0, 1, -1, 127, -128, 128, -129, 32767, -32768, 32768, -32769, INT_MAX, INT_MIN};

@@ -1,5 +1,4 @@
-// Test helpers: capture what the library reports through its assertion and trace sinks, and
-// pin the locale and resource settings that would otherwise come from the machine.
+// Test helpers: capture what the library reports through its assertion and trace sinks.
 #pragma once
 
 #include <string>

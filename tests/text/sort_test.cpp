@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -25,9 +24,8 @@ int CompareRecords(const void* a, const void* b) {
     return (x->key > y->key) - (x->key < y->key);
 }
 
-// The link-table list merge sort written out step by step: links are 1-based record numbers,
-// L[0] and L[N+1] head the two lists, a negative link ends an ordered run, 0 ends a list.
-// Returns the records in the order ListMergeSort must leave them in.
+// The link-table merge sort step by step: 1-based links, L[0] and L[N+1] head the two lists,
+// a negative link ends a run, 0 ends a list.
 std::vector<Record> LinkTableModel(const std::vector<Record>& in, int flag) {
     const int n = (int)in.size();
     if (n < 2) return in;

@@ -1,7 +1,5 @@
-// Local-time conversions. The test programs run with TZ=EST5EDT: Eastern time, daylight saving
-// in 2006 from 2 April 02:00 EST to 29 October 02:00 EDT (the rules before 2007).
+// Local-time conversions under TZ=EST5EDT (2006: daylight time 2 April to 29 October).
 #include <gtest/gtest.h>
-
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -32,9 +30,7 @@ COleDateTime WithStatus(double v, COleDateTime::DateTimeStatus status) {
     return odt;
 }
 
-// The file-time route applies the bias in effect now to every instant: the local fields of a
-// TimeUTC are its UTC fields plus today's offset, in summer and in winter alike. Ticks below
-// a second are dropped.
+// The file-time route applies today's bias to every instant; ticks below a second are dropped.
 TEST(TimeUtcOdt, LocalFieldsUseTodaysBiasForEveryInstant) {
     const long long offset = tsoracle::CurrentOffsetSeconds();
     const Fields local[] = {
@@ -122,8 +118,7 @@ TEST(FileTimeService, PosixBackendRejectsFebruary29OfCommonYears) {
 }
 #endif
 
-// Instants on both sides of the 2006 transitions, and days where the rules of 2007 and later
-// would differ from those of 2006; both directions, each instant with its own daylight saving.
+// Both sides of the 2006 transitions and days where the 2007 rules differ, both directions.
 TEST(TimeAndOleDate, FollowTheRuntimesDaylightRulesPerInstant) {
     struct Case { long long unixSeconds; Fields local; };
     const Case cases[] = {
@@ -166,8 +161,7 @@ TEST(TimeAndOleDate, UnbreakableValuesAreInvalidAndOnlyTheCheckedFormsReportThem
         EXPECT_EQ(sink.Expressions(), kTimeNotOk);
         sink.Clear();
     }
-    // Outside CTime's years (1971-2999 one way, from 1900 the other) or invalid: the zero time,
-    // silently.
+    // Outside CTime's years (1971-2999 one way, from 1900 the other) or invalid: 0, silently.
     const COleDateTime outside[] = {
         COleDateTime(OleDate(1970, 12, 31, 23, 59, 59)), COleDateTime(OleDate(3000, 1, 1)),
         COleDateTime(OleDate(1899, 12, 29, 6, 0, 0)),    COleDateTime(0.0),

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-
 #include <cstdint>
 #include <limits>
 
@@ -28,8 +27,7 @@ TEST(TimeScales, UtcUnixAndMillisecondsAgreeWithEpochArithmetic) {
     }
 }
 
-// The arithmetic is unsigned and wraps modulo 2^64 where an instant has no place on the
-// other scale; these are the documented wrapped values, and UBSan watches for signed overflow.
+// Unsigned arithmetic wraps modulo 2^64 where an instant has no place on the other scale.
 TEST(TimeScales, OutOfRangeValuesWrapWithoutUndefinedBehaviour) {
     const std::uint64_t kMax = std::numeric_limits<std::uint64_t>::max();
     EXPECT_EQ(TimeUTC2TimeUnix(0), 0 - kTimeUnixEpochOffset);
