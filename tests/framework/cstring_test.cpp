@@ -72,13 +72,3 @@ TEST(CStringTest, FormatAndBuffers) {
     big.Format("%s", std::string(5000, 'z').c_str());  // longer than any fixed buffer
     EXPECT_EQ(big.GetLength(), 5000);
 }
-
-TEST(CStringTest, StringResources) {
-    CString s;
-    EXPECT_FALSE(s.LoadString(64000));
-    qm::SetStringResource(64000, "Hello");
-    EXPECT_TRUE(s.LoadString(64000) && s == "Hello");
-    qm::ClearStringResource(64000);
-    EXPECT_FALSE(s.LoadString(64000));
-    EXPECT_EQ(s, "Hello");  // a failed load leaves the string as it was
-}
