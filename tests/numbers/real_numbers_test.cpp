@@ -91,20 +91,15 @@ TEST(StrToDouble, ParsesPlainNumbersAndCountsEverythingAfterThePointAsDecimals) 
         // Blanks around the text and a removed trailing mark count as decimals, a leading mark does not.
         {"$12.50", 12.5, 2}, {"12.5 ", 12.5, 2}, {"12.50$", 12.5, 3}, {"  1.5", 1.5, 3}, {"\t7.0\n", 7.0, 3},
         {" $1.25 ", 1.25, 4}, {"$ 12.50", 12.5, 2},
-        {"?\t-3", -3.0, 0}, {".5", 0.5, 1},  {"5.", 5.0, 0},  {"+4", 4.0, 0},  {"1.5e2", 150.0, 3},
-        {"1e999", HUGE_VAL, 0}, {"-1e999", -HUGE_VAL, 0}, {"1e-999", 0.0, 0},
-        {"", kInvalid, 0},  {"   ", kInvalid, 0}, {"$", kInvalid, 0},
-        {"$12$", kInvalid, 0},  // only one currency mark is removed
-        {"12abc", kInvalid, 0}, {"1 2", kInvalid, 0}, {"0x10", kInvalid, 0}, {"inf", kInvalid, 0},
-        {"1,5", kInvalid, 0},   {"-", kInvalid, 0},   {"e5", kInvalid, 0},
+        {"?\t-3", -3.0, 0}, {".5", 0.5, 1}, {"5.", 5.0, 0}, {"+4", 4.0, 0}, {"1.5e2", 150.0, 3}, {"1e999", HUGE_VAL, 0},
+        {"-1e999", -HUGE_VAL, 0}, {"1e-999", 0.0, 0}, {"", kInvalid, 0}, {"   ", kInvalid, 0}, {"$", kInvalid, 0},
+        {"$12$", kInvalid, 0}, {"12abc", kInvalid, 0}, {"1 2", kInvalid, 0}, {"0x10", kInvalid, 0},  // one mark removed
+        {"inf", kInvalid, 0}, {"1,5", kInvalid, 0}, {"-", kInvalid, 0}, {"e5", kInvalid, 0},
     };
     for (const ParseCase& c : cases) {
         int decimals = -7;
-        double v = StrToDouble(c.text, decimals);
-        if (c.value == kInvalid)
-            EXPECT_EQ(std::bit_cast<std::uint64_t>(v), 0x0010000000000000ull) << c.text;
-        else
-            EXPECT_EQ(v, c.value) << c.text;
+        const double v = StrToDouble(c.text, decimals);
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(v), std::bit_cast<std::uint64_t>(c.value)) << c.text;
         EXPECT_EQ(decimals, c.decimals) << c.text;
     }
 }
