@@ -10,12 +10,10 @@ namespace {
 TEST(MergeFieldIntoText, Cases) {
     struct Case { const char* text; const char* marker; const char* value; const char* out; };
     const Case cases[] = {
-        {"Dear @1,", "@1", "Ann", "Dear Ann,"},
-        {"{@1}", "@1", "Ann", "Ann"},                     // braces around a plain marker go
+        {"Dear @1,", "@1", "Ann", "Dear Ann,"}, {"{@1}", "@1", "Ann", "Ann"},  // braces around a plain marker go
         {"@1 and @1", "@1", "Ann", "Ann and Ann"},
         {"@1 x", "@1", "@1@1", "@1@1 x"},                 // the value is not scanned again
-        {"@10", "@1", "Ann", "Ann0"},
-        {"x{NAME}}y", "{name}", "Ann", "xAnny"},          // case ignored; one "}" after it consumed
+        {"@10", "@1", "Ann", "Ann0"}, {"x{NAME}}y", "{name}", "Ann", "xAnny"},  // case ignored; one "}" after it consumed
         {"[{name     }]", "{name", "Ann", "[Ann  ]"},     // five reserved, three used
         {"[{name }]", "{name", "Annabelle", "[Annabelle]"},
         {"[{name x}]", "{name", "Ann", "[{name x}]"},     // no "}" after the spaces: not a field
@@ -23,8 +21,7 @@ TEST(MergeFieldIntoText, Cases) {
         {"[{name     }]", "{name", "\x01" "bold\x02" "Ann", "[\x01" "bold\x02" "Ann  ]"},  // runs are not width
         {"[{name     }]", "{name", "Ann\x17", "[Ann  ]"},  // a final line mark is neither written nor width
         {"[{name   }]", "{name", "x\x01\x17", "[x\x01  ]"},  // ...also when an unclosed run holds it
-        {"a\x17" "b", "@1", "Ann", "a\x17" "b"},
-        {"{", "{", "Ann", "Ann"},                         // a lone "{" is a plain marker
+        {"a\x17" "b", "@1", "Ann", "a\x17" "b"}, {"{", "{", "Ann", "Ann"},  // a lone "{" is a plain marker
     };
     for (const Case& c : cases) {
         CString text(c.text);

@@ -58,13 +58,9 @@ TEST(InString, AgreesWithPlainSearchAcrossChunkBoundaries) {
 
 TEST(InStringSkipCommands, SkipsRunsBeforeAndInsideMatches) {
     struct Case { const char* pattern; const char* text; long expected; };
-    const Case cases[] = {
-        {"ab", "a\x01" "bx\x02" "b", 0},      // a match spanning a run
-        {"ab", "\x01" "ab\x02" "aB", 4},      // a match inside a run is not text
-        {"ab", "\x01\x02\x01z\x02" "ab", 5},  // consecutive runs before the start
-        {"ab", "a\x01\x02\x01\x02" "b", 0},   // consecutive runs inside the match
-        {"", "\x01q\x02" "z", 3},             // an empty pattern lands on the first text byte
-        {"a", "\x01q\x02", -1},
+    const Case cases[] = {  // runs skipped inside a match and before it; a match inside a run is not text
+        {"ab", "a\x01" "bx\x02" "b", 0}, {"ab", "\x01" "ab\x02" "aB", 4}, {"ab", "\x01\x02\x01z\x02" "ab", 5},
+        {"ab", "a\x01\x02\x01\x02" "b", 0}, {"", "\x01q\x02" "z", 3}, {"a", "\x01q\x02", -1},
     };
     for (const Case& c : cases)
         EXPECT_EQ(Off(InStringSkipCommands(c.pattern, c.text), c.text), c.expected) << c.text;
@@ -77,12 +73,9 @@ TEST(InStringSkipCommands, SkipsRunsBeforeAndInsideMatches) {
 
 TEST(RemoveComments, DropsCommentsOutsideQuotes) {
     struct Case { const char* in; const char* out; };
-    const Case cases[] = {
-        {"jd (Jane) \"a (b)\"", "jd  \"a (b)\""},
-        {"a (b (c) d) e", "a  e"},                // nested comments
-        {"a) b", "a) b"},                         // a stray ')' at depth 0 is kept
-        {"(open \"q\" never closed", ""},         // quotes inside a comment are dropped
-        {"\"(x\" (y) z", "\"(x\"  z"}, {"  \t x  ", "x"}, {"", ""},
+    const Case cases[] = {  // nested; a stray ')' kept; quotes inside a comment dropped
+        {"jd (Jane) \"a (b)\"", "jd  \"a (b)\""}, {"a (b (c) d) e", "a  e"}, {"a) b", "a) b"},
+        {"(open \"q\" never closed", ""}, {"\"(x\" (y) z", "\"(x\"  z"}, {"  \t x  ", "x"}, {"", ""},
     };
     for (const Case& c : cases) EXPECT_EQ(RemoveComments(c.in), c.out) << c.in;
     EXPECT_EQ(RemoveComments(nullptr), "");
@@ -155,12 +148,8 @@ TEST(WordCount, CountsWordEnds) {
 
 TEST(CenterText, PadsHalfTheSpareWidth) {
     struct Case { const char* in; int width; int charWidth; const char* out; };
-    const Case cases[] = {
-        {"ab", 10, 2, "   ab"},  // (10 - 4) / 2 = 3
-        {"ab", 9, 2, "  ab"},    // (9 - 4) / 2 = 2, rounded toward zero
-        {"ab", 1, 2, "ab"},      // negative spare width: no padding
-        {"", 4, 7, "  "},
-        {"abc", 2147483647, 1073741824, "abc"},  // the product overflows 32 bits: still no padding
+    const Case cases[] = {  // spare width halved toward zero; none if negative, also when the product overflows
+        {"ab", 10, 2, "   ab"}, {"ab", 9, 2, "  ab"}, {"ab", 1, 2, "ab"}, {"", 4, 7, "  "}, {"abc", 2147483647, 1073741824, "abc"},
     };
     for (const Case& c : cases) {
         CString s(c.in);
@@ -177,10 +166,8 @@ TEST(GetAcceleratorPos, SkipsEscapedAndTrailingAmpersands) {
 
 TEST(ValidMutexName, LowersAndReplacesBackslashes) {
     struct Case { const char* in; const char* out; };
-    const Case cases[] = {
-        {"Global\\My", "global|my"}, {"A\\\\B|c", "a||b|c"},
-        {"\xC0\xD7\xDE\xDF\x8A\x9F", "\xE0\xD7\xFE\xDF\x9A\xFF"},  // Western code page letters
-    };
+    const Case cases[] = {{"Global\\My", "global|my"}, {"A\\\\B|c", "a||b|c"},
+                          {"\xC0\xD7\xDE\xDF\x8A\x9F", "\xE0\xD7\xFE\xDF\x9A\xFF"}};  // Western code page letters
     qmtest::RecordingAssertSink sink;
     for (const Case& c : cases) {
         CString s(c.in);
@@ -199,8 +186,7 @@ TEST(CursorScanners, StopWhereTheirClassEnds) {
     using Scanner = void (*)(const char*&);
     struct Case { Scanner scan; const char* name; const char* text; long stop; };
     const Case cases[] = {
-        {SkipSpaces, "SkipSpaces", " \t\v\f\r\nx", 6},
-        {SkipInvisible, "SkipInvisible", " \t\r\n\vx", 4},  // VT is visible here
+        {SkipSpaces, "SkipSpaces", " \t\v\f\r\nx", 6}, {SkipInvisible, "SkipInvisible", " \t\r\n\vx", 4},  // VT visible
         {SkipVisible, "SkipVisible", "ab\x17" "c\vd e", 6}, {SkipToDigit, "SkipToDigit", "ab\xB2" "c7", 4},
         {SkipToDigit, "SkipToDigit", "none", 4}, {SkipToEOL, "SkipToEOL", "ab\x17" "c", 2},
         {SkipToEOL, "SkipToEOL", "ab\nc", 2},
