@@ -84,13 +84,11 @@ TEST_F(LocaleTest, LongFormRendersCommonPictures) {
         {"d 'de' MMMM 'de' yyyy", "\x02" "d de %B de \x02" "d", 2, 0, 0, "4 de July de 2012", false},
         {"ddd, dd MMM yy", "%a, \x02" "02d %b \x02" "d", 2, 1, 0, "Wed, 04 Jul 12", false},
         {"yyyy-MM-dd", "\x02" "d-\x02" "02d-\x02" "02d", 0, 0, 1, "2012-07-04", false},
-        // Quoted literals keep their case and letters; "''" is a quote; "%" is plain text.
-        {"yyyy'Y'M'M'd'D'", nullptr, 0, 0, 1, "2012Y7M4D", false},
+        // Quoted literals keep their case and letters, "''" is a quote, no slot can be forged;
+        // orders outside the three expected ones report "false" and each slot keeps its field.
+        {"yyyy'Y'M'M'd'D'", nullptr, 0, 0, 1, "2012Y7M4D", false}, {"MM yyyy d", nullptr, 1, 0, 1, "07 2012 4", true},
         {"d 'o''clock' MMMM yyyy", nullptr, 2, 0, 0, "4 o'clock July 2012", false},
-        {"d '\x02" "d' MMMM yyyy", nullptr, 2, 0, 0, "4 d July 2012", false},  // no forged slot
-        // Orders outside the three expected ones report "false"; each slot keeps its field.
-        {"MM yyyy d", nullptr, 1, 0, 1, "07 2012 4", true},
-        {"d d MMMM yyyy", nullptr, 2, 0, 0, "4 4 July 2012", true},
+        {"d '\x02" "d' MMMM yyyy", nullptr, 2, 0, 0, "4 d July 2012", false}, {"d d MMMM yyyy", nullptr, 2, 0, 0, "4 4 July 2012", true},
     };
     for (const LongCase& c : cases) {
         qmtest::RecordingAssertSink sink;
@@ -168,9 +166,8 @@ TEST_F(LocaleTest, FieldExtractors) {
         {Year, "yy", "\x02" "d", 2, -1, 1, nullptr}, {Year, "yyyy", "\x02" "d", 4, -1, 0, nullptr},
         {Year, "yyy", "\x02" "d", 3, -1, 0, nullptr}, {Year, "", "\x02" "d", 0, -1, 0, "*ptr != NULL && *ptr != 0"},
         {Separator, ", mmmm", ", ", 2, -1, -1, nullptr}, {Separator, "", "", 0, -1, -1, nullptr},
-        {Separator, "'de' mmmm", "", 1, -1, -1, nullptr},   // letters end even quoted text
-        {Separator, "'a''b' d", "a'b", 6, -1, -1, nullptr}, {Separator, "' - 'yy", " - ", 5, -1, -1, nullptr},
-        {Separator, ", 'x' d", ", ", 3, -1, -1, "ExpectQuote"},
+        {Separator, "'de' mmmm", "", 1, -1, -1, nullptr}, {Separator, "'a''b' d", "a'b", 6, -1, -1, nullptr},  // letters end quotes
+        {Separator, "' - 'yy", " - ", 5, -1, -1, nullptr}, {Separator, ", 'x' d", ", ", 3, -1, -1, "ExpectQuote"},
     };
     for (const ExtractCase& c : cases) {
         std::string text = c.text;

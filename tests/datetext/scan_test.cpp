@@ -36,18 +36,15 @@ TEST_F(LocaleTest, ScanDateReadsTheShortPicture) {
         {nullptr, "012/025/02012", 2012, 12, 25, 13}, {nullptr, "12/25/3001", 0, 0, 0, -1},
         {nullptr, "2/30/2012", 0, 0, 0, -1}, {nullptr, "2/29/1900", 0, 0, 0, -1},
         {nullptr, "13/1/2012", 0, 0, 0, -1}, {nullptr, "12/0/2012", 0, 0, 0, -1},
-        {nullptr, "12/25/", 0, 0, 0, -1},     // the year must start with a digit
-        {nullptr, "12/25 x", 0, 0, 0, -1},    // without a year the text must end
-        {nullptr, "12-25-2012", 0, 0, 0, -1}, // wrong separator: no day read
-        {nullptr, "1/1/99999999999999999999999", 0, 0, 0, -1},
-        {nullptr, "1/18446744073709551621/2012", 0, 0, 0, -1},  // 2^64 + 5 must not wrap to 5
+        // A year starts with a digit, text without one must end; a wrong separator; 2^64 + 5 is not 5.
+        {nullptr, "12/25/", 0, 0, 0, -1}, {nullptr, "12/25 x", 0, 0, 0, -1}, {nullptr, "12-25-2012", 0, 0, 0, -1},
+        {nullptr, "1/1/99999999999999999999999", 0, 0, 0, -1}, {nullptr, "1/18446744073709551621/2012", 0, 0, 0, -1},
         {&kDayFirst, "04.07.2012", 2012, 7, 4, 10}, {&kDayFirst, "07.04", -1, 4, 7, 5},
         {&kDayFirst, "31.04.2012", 0, 0, 0, -1}, {&kYearFirst, "2012-07-04", 2012, 7, 4, 10},
         {&kYearFirst, "12-7-4", 2012, 7, 4, 6}, {&kYearFirst, "2012-07", 0, 0, 0, -1},
-        {&kMonthName, "25-Dec-12", 2012, 12, 25, 9},
-        {&kMonthName, "25-12-12", 2012, 12, 25, 8},       // digits still read in a name slot
-        {&kMonthName, "25-December-12", 0, 0, 0, 6},      // only "Dec" is taken
-        {&kMonthName, "25-Dex-12", 0, 0, 0, -1},
+        // Digits are still read in a name slot, and only "Dec" of "December" is taken.
+        {&kMonthName, "25-Dec-12", 2012, 12, 25, 9}, {&kMonthName, "25-12-12", 2012, 12, 25, 8},
+        {&kMonthName, "25-December-12", 0, 0, 0, 6}, {&kMonthName, "25-Dex-12", 0, 0, 0, -1},
     };
     for (const ScanCase& c : cases) {
         UseLocale(c.pins ? *c.pins : Pins{});
@@ -113,11 +110,10 @@ TEST_F(LocaleTest, FindDateFindsTheFirstDateInRange) {
     const CDate lo(1, 1, 1), hi(9999, 12, 31);
     const CDate y2012(2012, 1, 1), y2012end(2012, 12, 31);
     const FindCase cases[] = {
+        // "112" is no month but the next digit starts one; without a year the text must end.
         {"text with 3/4/2012 in it", lo, hi, 10, 18}, {"old 3/4/1999, new 5/6/2012.", y2012, y2012end, 18, 26},
-        {"112/25/2012", lo, hi, 1, 11},                 // "112" is no month; the next digit is
-        {"from 1/1/2012", CDate(2012, 1, 2), hi, -1, -1},
-        {"1/1/2012", CDate(2012, 1, 1), CDate(2012, 1, 1), 0, 8}, {"", lo, hi, -1, -1},
-        {"12/25 then", lo, hi, -1, -1},                 // without a year the text must end there
+        {"112/25/2012", lo, hi, 1, 11}, {"from 1/1/2012", CDate(2012, 1, 2), hi, -1, -1},
+        {"1/1/2012", CDate(2012, 1, 1), CDate(2012, 1, 1), 0, 8}, {"", lo, hi, -1, -1}, {"12/25 then", lo, hi, -1, -1},
         {"2/30/2012 2/28/2012", lo, hi, 10, 19}, {"3/4/2012", CDate(), CDate(), -1, -1},
     };
     for (const FindCase& c : cases) {
