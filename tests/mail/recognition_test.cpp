@@ -17,12 +17,9 @@ struct UrlCase { const char* text; bool valid; int len; int isMail; };  // isMai
 
 const UrlCase kUrlCases[] = {
     // A final "." is dropped and takes a counted dot with it.
-    {"http://www.host.test/a.", true, 22, -1},
-    {"http://host.test/a.", false, 0, -1},
-    {"http://localhost", false, 0, -1},
-    {"http://a/b.c", false, 0, -1},  // a slash before any dot
-    {"http://a.b\x01" "cmd\x02", true, 10, -1},
-    {"ftp.host.test/pub", true, 17, -1}, {"news:comp.lang", true, 14, -1},
+    {"http://www.host.test/a.", true, 22, -1}, {"http://host.test/a.", false, 0, -1},
+    {"http://localhost", false, 0, -1}, {"http://a/b.c", false, 0, -1},  // a slash before any dot
+    {"http://a.b\x01" "cmd\x02", true, 10, -1}, {"ftp.host.test/pub", true, 17, -1}, {"news:comp.lang", true, 14, -1},
     {"Mk:@MSITStore:help.chm::/a.htm", true, 30, -1},
     // Trailing punctuation runs are stripped together.
     {"www.host.test).", true, 13, 0}, {"www.", false, 0, 0},
@@ -31,9 +28,7 @@ const UrlCase kUrlCases[] = {
     {"mailto:@host.test", true, 17, 1},  // empty mailbox accepted after the prefix
     {"@host.test", false, 0, -1},  // "@" cannot start a link at all
     // "file://" runs to a space, comma, "?", "#" or ";".
-    {"file://C:\\a b", true, 11, 0},
-    {"file://", false, 0, 0},
-    {"", false, 0, -1},
+    {"file://C:\\a b", true, 11, 0}, {"file://", false, 0, 0}, {"", false, 0, -1},
 };
 
 TEST(IsValidURL, RecognisesLinksAtTheStartOfText) {

@@ -13,14 +13,11 @@ struct Conversion { const char* input; const char* expected; };
 
 TEST(Path2Url, DrivesNetworkPathsSpacesPercentAndEightBitBytes) {
     const Conversion cases[] = {
-        {"C:\\a.txt", "file://C:/a.txt"},
-        {"C:\\a b\\c.txt", "file://C:/a%20b/c.txt"},
-        {"C:\\100%.txt", "file://C:/100%25.txt"},
-        {"\\\\server\\share\\a b.txt", "file://server/share/a%20b.txt"},
+        {"C:\\a.txt", "file://C:/a.txt"}, {"C:\\a b\\c.txt", "file://C:/a%20b/c.txt"},
+        {"C:\\100%.txt", "file://C:/100%25.txt"}, {"\\\\server\\share\\a b.txt", "file://server/share/a%20b.txt"},
         {"C:\\caf\xE9.txt", "file://C:/caf%E9.txt"},
         // Code page 1252 bytes above U+00FF are escaped only by the final encoding.
-        {"C:\\x\x80y\x9Fz\xFF", "file://C:/x%80y%9Fz%FF"},
-        {"C:\\dir\\..\\x.txt", "file://C:/x.txt"},
+        {"C:\\x\x80y\x9Fz\xFF", "file://C:/x%80y%9Fz%FF"}, {"C:\\dir\\..\\x.txt", "file://C:/x.txt"},
         {"\\\\server\\share\\..\\x", "file://server/x"},
         {"C:\\a_b;c=d&e#f.txt", "file://C:/a%5Fb%3Bc%3Dd%26e%23f.txt"},
         // Already a URL: canonicalised, then encoded.
@@ -39,18 +36,12 @@ TEST(Path2Url, TooLongForTheUrlBufferIsReported) {
 
 TEST(Url2Path, DecodesOnceInTheSystemAndOnceMore) {
     const Conversion cases[] = {
-        {"file://C:/a%20b/c.txt", "C:\\a b\\c.txt"},
-        {"file:///C|/x", "C:\\x"},
-        {"file://server/share/a%20b.txt", "\\\\server\\share\\a b.txt"},
-        {"file://C:/caf%E9.txt", "C:\\caf\xE9.txt"},
+        {"file://C:/a%20b/c.txt", "C:\\a b\\c.txt"}, {"file:///C|/x", "C:\\x"},
+        {"file://server/share/a%20b.txt", "\\\\server\\share\\a b.txt"}, {"file://C:/caf%E9.txt", "C:\\caf\xE9.txt"},
         // Decoded twice: "%2541" becomes "%41" in the system and "A" after it.
-        {"file:///C:/100%2541.txt", "C:\\100A.txt"},
-        {"file://C:/100%2541.txt", "C:\\100%41.txt"},
+        {"file:///C:/100%2541.txt", "C:\\100A.txt"}, {"file://C:/100%2541.txt", "C:\\100%41.txt"},
         // The second decoding drops a "%" near the end and makes a malformed pair a NUL.
-        {"file:///C:/a%2", "C:\\a2"},
-        {"file:///C:/a%2Fb", "C:\\a/b"},
-        {"http://host/x", ""},
-        {"", ""},
+        {"file:///C:/a%2", "C:\\a2"}, {"file:///C:/a%2Fb", "C:\\a/b"}, {"http://host/x", ""}, {"", ""},
     };
     for (const Conversion& c : cases) EXPECT_EQ(Bytes(Url2Path(c.input)), c.expected) << c.input;
     EXPECT_EQ(Bytes(Url2Path("file:///C:/a%zzb")), std::string("C:\\a\0b", 6));
@@ -89,14 +80,10 @@ TEST(Path2Url, RoundTripsThroughUrl2Path) {
 
 TEST(UlrCanonize, BrowserForm) {
     const Conversion cases[] = {
-        {"http://host.test/a b", "http://host.test/a%20b"},
-        {"http://h/a/b/../c", "http://h/a/c"},
-        {"http://h/a/b/../../../x", "http://h/../x"},
-        {"https://h/a b?c d#e f", "https://h/a%20b?c d#e f"},
-        {"http://h/a\tb", "http://h/ab"},
-        {"http://h/caf\xE9?q\xE9", "http://h/caf%E9?q\xE9"},
-        {"http://h/%41%7e", "http://h/%41%7e"},
-        {"file:///C:/a#b?c", "file://C:/a%23b?c"},
+        {"http://host.test/a b", "http://host.test/a%20b"}, {"http://h/a/b/../c", "http://h/a/c"},
+        {"http://h/a/b/../../../x", "http://h/../x"}, {"https://h/a b?c d#e f", "https://h/a%20b?c d#e f"},
+        {"http://h/a\tb", "http://h/ab"}, {"http://h/caf\xE9?q\xE9", "http://h/caf%E9?q\xE9"},
+        {"http://h/%41%7e", "http://h/%41%7e"}, {"file:///C:/a#b?c", "file://C:/a%23b?c"},
         {"file://server/share/../x", "file://server/x"},
     };
     for (const Conversion& c : cases) EXPECT_EQ(Bytes(UlrCanonize(c.input)), c.expected) << c.input;

@@ -60,8 +60,7 @@ TEST(Fatoa, DecodesKnownEscapesAndKeepsTheRest) {
         {"\\q", "\\q", "\\q"}, {"\\x4A\\x4a", "JJ", "JJ"}, {"\\t\\n\\r\\\\\\?", "\t\n\r\\?", "\t\n\r\\?"},
         {"\\b\\e", "\\b\\e", "\x01\x02"},  // only the extended form knows \b and \e
         {"\\x4", "\\x4", "\\x4"},           // \x needs two hexadecimal digits
-        {"\\xg1", "\\xg1", "\\xg1"},
-        {"abc\\", "abc\\", "abc\\"},        // a final backslash stays
+        {"\\xg1", "\\xg1", "\\xg1"}, {"abc\\", "abc\\", "abc\\"},  // a final backslash stays
         {"\\\\x41", "\\x41", "\\x41"}, {"\\x80\\xff", "\x80\xFF", "\x80\xFF"},
     };
     for (const DecodeCase& c : cases) {

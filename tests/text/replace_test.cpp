@@ -20,8 +20,7 @@ TEST(ReplaceString, LengthGuard) {
     struct Case { long long limit; int truncate; const char* out; int result; };
     const Case cases[] = {
         {9, 0, "xyzbxyzb", 2},  // exactly at the limit is allowed
-        {8, 0, "abab", -1},
-        {8, 1, "xyzbab", 1},    // (8 - 4 - 1) / 2 = 1 occurrence fits
+        {8, 0, "abab", -1}, {8, 1, "xyzbab", 1},  // (8 - 4 - 1) / 2 = 1 occurrence fits
         {6, 1, "abab", 0},      // none fits: untouched, result 0
         {3, 1, "abab", 0},      // the text alone is already over the limit
     };
