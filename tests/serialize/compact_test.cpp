@@ -17,12 +17,10 @@ using Bytes = std::vector<BYTE>;
 template <typename Fn>
 Bytes Store(Fn fn) {
     CMemFile file;
-    {
-        CArchive ar(&file, CArchive::store);
-        fn(ar);
-        ar.Close();
-    }
-    ULONGLONG n = file.GetLength();
+    CArchive ar(&file, CArchive::store);
+    fn(ar);
+    ar.Close();
+    const ULONGLONG n = file.GetLength();
     BYTE* block = file.Detach();
     Bytes out(block, block + n);
     free(block);
