@@ -139,13 +139,6 @@ TEST(LineEnds, RemoveEmptyLinesReplaceEolInsureEol) {
     }
 }
 
-TEST(WordCount, CountsWordEnds) {
-    struct Case { const char* in; int expected; };
-    const Case cases[] = {{"  two words ", 2}, {"", 0}, {"one", 1}, {"a\tb\nc\rd\ve\ff", 6}, {"   ", 0}, {"x\x01y", 1}};
-    for (const Case& c : cases) EXPECT_EQ(WordCount(c.in), c.expected) << c.in;
-    EXPECT_EQ(WordCount(nullptr), 0);
-}
-
 TEST(CenterText, PadsHalfTheSpareWidth) {
     struct Case { const char* in; int width; int charWidth; const char* out; };
     const Case cases[] = {  // spare width halved toward zero; none if negative, also when the product overflows
@@ -158,10 +151,16 @@ TEST(CenterText, PadsHalfTheSpareWidth) {
     }
 }
 
-TEST(GetAcceleratorPos, SkipsEscapedAndTrailingAmpersands) {
-    struct Case { const char* in; int expected; };
-    const Case cases[] = {{"Save && &Exit", 9}, {"A&&B", -1}, {"&File", 1}, {"&&&x", 3}, {"x&", -1}, {"", -1}, {"a&&", -1}, {"&&&", -1}};
-    for (const Case& c : cases) EXPECT_EQ(GetAcceleratorPos(c.in), c.expected) << c.in;
+TEST(Counts, WordEndsAndAcceleratorPosition) {
+    struct Case { int (*count)(const char*); const char* in; int expected; };
+    auto words = [](const char* s) { return WordCount(s); };
+    auto accel = [](const char* s) { return GetAcceleratorPos(s); };  // escaped and trailing "&" skipped
+    const Case cases[] = {
+        {words, "  two words ", 2}, {words, "", 0}, {words, "one", 1}, {words, "a\tb\nc\rd\ve\ff", 6}, {words, "   ", 0},
+        {words, "x\x01y", 1}, {words, nullptr, 0}, {accel, "Save && &Exit", 9}, {accel, "A&&B", -1}, {accel, "&File", 1},
+        {accel, "&&&x", 3}, {accel, "x&", -1}, {accel, "", -1}, {accel, "a&&", -1}, {accel, "&&&", -1},
+    };
+    for (const Case& c : cases) EXPECT_EQ(c.count(c.in), c.expected) << (c.in ? c.in : "null");
 }
 
 TEST(ValidMutexName, LowersAndReplacesBackslashes) {
