@@ -117,13 +117,10 @@ bool ModelHost(const unsigned char* s, int& len) {
 }
 
 bool ModelEMail(const unsigned char* s, int& len) {
-    int p = 7;
-    for (int k = 0; k < 7; ++k)
-        if (!s[k] || (s[k] | 0x20) != (unsigned char)"mailto:"[k]) {
-            p = 0;
-            break;
-        }
-    int start = p;
+    int p = 0;
+    while (p < 7 && s[p] && (s[p] | 0x20) == (unsigned char)"mailto:"[p]) ++p;
+    if (p < 7) p = 0;
+    const int start = p;
     if (s[p] < 33) return false;
     while (s[p] != '@') {
         if (s[p] < 33 || ModelInSet(s[p], ",\n\r\t /\\#?%;'\"<>[]():")) return false;
@@ -146,12 +143,9 @@ std::set<std::string> ModelCollect(const std::string& text) {
             continue;
         }
         int len = 0;
-        if (ModelEMail((const unsigned char*)text.c_str() + i, len)) {
-            out.insert(text.substr(i, len));
-            i += len;
-        } else {
+        if (ModelEMail((const unsigned char*)text.c_str() + i, len)) out.insert(text.substr(i, len)), i += len;
+        else
             while (i < text.size() && !ModelInSet((unsigned char)text[i], delims)) i++;
-        }
     }
     return out;
 }
