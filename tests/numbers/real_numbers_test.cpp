@@ -13,22 +13,22 @@ namespace {
 
 using numtest::ScopedNumberSettings;
 
-struct Double2StrCase { double value; int decimals; const char* expected; };
+const double kInf = std::numeric_limits<double>::infinity();
 
+struct FltCase { double value; int digits; const char* expected; };
+
+// No leading zero; the separator even without decimals; cut, not rounded (1.15 is stored just
+// below itself); large values written in full.
 TEST(Double2Str, FixedDecimalsCutNotRounded) {
-    const Double2StrCase cases[] = {
-        {-0.0, 3, "0"},   {-0.25, 2, "-.25"},  // no leading zero
-        {5.0, 0, "5."},   {2.99, 1, "2.9"},    // the separator even without decimals; cut, not rounded
-        {1.15, 2, "1.14"}, {12.05, 2, "12.05"}, {1.0, 3, "1.000"},  // 1.15 is stored just below itself
-        {2147483647.25, 2, "2147483647.25"}, {4294967296.5, 1, "4294967296.5"},  // written in full
-        {-1e20, 0, "-100000000000000000000."},
-        {std::numeric_limits<double>::infinity(), 1, "inf"}, {-std::numeric_limits<double>::infinity(), 1, "-inf"},
-        {std::numeric_limits<double>::quiet_NaN(), 1, "nan"},
+    const FltCase cases[] = {
+        {-0.0, 3, "0"}, {-0.25, 2, "-.25"}, {5.0, 0, "5."}, {2.99, 1, "2.9"}, {1.15, 2, "1.14"}, {12.05, 2, "12.05"},
+        {1.0, 3, "1.000"}, {2147483647.25, 2, "2147483647.25"}, {4294967296.5, 1, "4294967296.5"},
+        {-1e20, 0, "-100000000000000000000."}, {kInf, 1, "inf"}, {-kInf, 1, "-inf"}, {std::nan(""), 1, "nan"},
     };
-    for (const Double2StrCase& c : cases) {
+    for (const FltCase& c : cases) {
         CString out = "stale";
-        EXPECT_EQ(&Double2Str(c.value, out, c.decimals), &out);
-        EXPECT_EQ(out, c.expected) << c.value << " with " << c.decimals;
+        EXPECT_EQ(&Double2Str(c.value, out, c.digits), &out);
+        EXPECT_EQ(out, c.expected) << c.value << " with " << c.digits;
     }
 }
 
@@ -40,15 +40,9 @@ TEST(Double2Str, TooManyDecimalsIsReportedAndStillFormatted) {
     Double2Str(1.123456, out, 5);
     ASSERT_EQ(sink.Reports().size(), 1u);
     EXPECT_EQ(sink.Reports()[0].expression + sink.Reports()[0].module + out.str(), "Decimals < 5Common\\utils1.12345");
-    Double2Str(0.5, out, 40);  // cut to 9 decimals rather than overflowing the digit count
-    EXPECT_EQ(out, ".500000000");
-    Double2Str(2.5, out, -3);
-    EXPECT_EQ(out, "2.");
+    EXPECT_EQ(Double2Str(0.5, out, 40), ".500000000");  // cut to 9 decimals rather than overflowing
+    EXPECT_EQ(Double2Str(2.5, out, -3), "2.");
 }
-
-const double kInf = std::numeric_limits<double>::infinity();
-
-struct FltCase { double value; int digits; const char* expected; };
 
 // The Windows runtime's _gcvt rules, identical on every target.
 TEST(Fltstr, RuntimeSignificantDigitForm) {
