@@ -55,22 +55,18 @@ TEST(Atofa, StopsAtTheLimitAndAnEscapeMayCrossIt) {
 
 struct DecodeCase { std::string text; std::string plain; std::string extended; };
 
+// Only the extended form knows \b and \e; \x needs two hexadecimal digits; a final backslash stays.
 TEST(Fatoa, DecodesKnownEscapesAndKeepsTheRest) {
     const DecodeCase cases[] = {
         {"\\q", "\\q", "\\q"}, {"\\x4A\\x4a", "JJ", "JJ"}, {"\\t\\n\\r\\\\\\?", "\t\n\r\\?", "\t\n\r\\?"},
-        {"\\b\\e", "\\b\\e", "\x01\x02"},  // only the extended form knows \b and \e
-        {"\\x4", "\\x4", "\\x4"},           // \x needs two hexadecimal digits
-        {"\\xg1", "\\xg1", "\\xg1"}, {"abc\\", "abc\\", "abc\\"},  // a final backslash stays
+        {"\\b\\e", "\\b\\e", "\x01\x02"}, {"\\x4", "\\x4", "\\x4"}, {"\\xg1", "\\xg1", "\\xg1"}, {"abc\\", "abc\\", "abc\\"},
         {"\\\\x41", "\\x41", "\\x41"}, {"\\x80\\xff", "\x80\xFF", "\x80\xFF"},
     };
     for (const DecodeCase& c : cases) {
         EXPECT_EQ(Decode(c.text, false), c.plain) << c.text;
         EXPECT_EQ(Decode(c.text, true), c.extended) << c.text;
     }
-}
-
-TEST(Fatoa, AnEscapedNulIsWrittenAndTheEndPointerPassesIt) {
-    char buf[8];
+    char buf[8];  // an escaped NUL is written and the end pointer passes it
     ASSERT_EQ(fatoa("a\\x00b", buf, false), buf + 3);
     EXPECT_EQ(std::string(buf, 3), std::string("a\0b", 3));
 }
