@@ -10,7 +10,10 @@
 
 namespace {
 
-struct Record { int key; int id; };  // original position, to see where equal keys end up
+struct Record {
+    int key, id;  // id: the original position, to see where equal keys end up
+    bool operator==(const Record&) const = default;
+};
 
 // Every comparator call is logged as its pair of record ids, to check the model call for call.
 std::vector<std::pair<int, int>> g_calls;
@@ -86,12 +89,6 @@ std::vector<Record> RandomRecords(std::mt19937& rng, int n, int distinctKeys) {
     return v;
 }
 
-bool SameRecords(const std::vector<Record>& a, const std::vector<Record>& b) {
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](const Record& x, const Record& y) {
-               return x.key == y.key && x.id == y.id;
-           });
-}
-
 TEST(ListMergeSort, MatchesTheLinkTableCallForCall) {
     std::mt19937 rng(5);
     for (bool scramble : {false, true})
@@ -105,7 +102,7 @@ TEST(ListMergeSort, MatchesTheLinkTableCallForCall) {
                 std::vector<Record> got = input;
                 g_calls.clear();
                 ListMergeSort(got.data(), (unsigned)n, sizeof(Record), CompareRecords, flag);
-                EXPECT_TRUE(SameRecords(got, expected)) << "n=" << n << " flag=" << flag << " scramble=" << scramble;
+                EXPECT_TRUE(got == expected) << "n=" << n << " flag=" << flag << " scramble=" << scramble;
                 EXPECT_EQ(g_calls, expectedCalls) << "n=" << n << " flag=" << flag << " scramble=" << scramble;
             }
     g_scramble = false;
