@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-
 #include <string>
 
 #include "utils/framework/CMenu.h"
@@ -24,24 +23,17 @@ TEST(CMenu, InsertPositionsStatesAndSeparators) {
     ASSERT_TRUE(m.InsertMenu(777, MF_BYCOMMAND | MF_STRING | MF_GRAYED | MF_CHECKED, 5, "five"));  // unknown: appends
     ASSERT_EQ(m.GetMenuItemCount(), 5u);
     const char* texts[] = {"one", "two", "three", "four", "five"};
-    for (UINT i = 0; i < 5; ++i) {
-        EXPECT_EQ(m.GetMenuItemID((int)i), i + 1);
-        EXPECT_EQ(Text(m, i, MF_BYPOSITION), texts[i]);
-        EXPECT_EQ(Text(m, i + 1, MF_BYCOMMAND), texts[i]);
-    }
-    EXPECT_EQ(m.GetMenuItemID(5), kNoItem);
+    for (UINT i = 0; i < 5; ++i)
+        EXPECT_TRUE(m.GetMenuItemID((int)i) == i + 1 && Text(m, i, MF_BYPOSITION) == texts[i] && Text(m, i + 1, MF_BYCOMMAND) == texts[i]) << i;
+    EXPECT_TRUE(m.GetMenuItemID(5) == kNoItem && m.GetMenuState(8, MF_BYCOMMAND) == kNoItem);
     EXPECT_EQ(m.GetMenuState(5, MF_BYCOMMAND), (UINT)(MF_GRAYED | MF_CHECKED));
-    EXPECT_EQ(m.GetMenuState(8, MF_BYCOMMAND), kNoItem);
     char buf[8] = "keep";
-    EXPECT_EQ(m.GetMenuString(8, buf, (int)sizeof buf, MF_BYCOMMAND), 0);
-    EXPECT_EQ(m.GetMenuString(1, nullptr, 0, MF_BYCOMMAND), 3);
+    EXPECT_TRUE(m.GetMenuString(8, buf, (int)sizeof buf, MF_BYCOMMAND) == 0 && m.GetMenuString(1, nullptr, 0, MF_BYCOMMAND) == 3);
     EXPECT_FALSE(m.DeleteMenu(8, MF_BYCOMMAND));
     // A string item without text is a separator, with command 0.
     ASSERT_TRUE(m.AppendMenu(MF_SEPARATOR) && m.AppendMenu(MF_STRING, 9, nullptr));
-    EXPECT_NE(m.GetMenuState(6, MF_BYPOSITION) & MF_SEPARATOR, 0u);
-    EXPECT_EQ(m.GetMenuItemID(5), 0u);
-    ASSERT_TRUE(m.DeleteMenu(0, MF_BYCOMMAND));
-    EXPECT_EQ(m.GetMenuItemCount(), 6u);
+    EXPECT_TRUE((m.GetMenuState(6, MF_BYPOSITION) & MF_SEPARATOR) && m.GetMenuItemID(5) == 0u);
+    EXPECT_TRUE(m.DeleteMenu(0, MF_BYCOMMAND) && m.GetMenuItemCount() == 6u);
 }
 
 TEST(CMenu, PopupsAreSearchedByCommandAndOwnedByTheirMenu) {
@@ -51,19 +43,15 @@ TEST(CMenu, PopupsAreSearchedByCommandAndOwnedByTheirMenu) {
     sub.AppendMenu(MF_STRING, 501, "s2");
     HMENU hSub = sub.Detach();
     ASSERT_TRUE(m.AppendMenu(MF_POPUP, (UINT_PTR)hSub, "Sub"));
-    EXPECT_EQ(m.GetMenuItemID(0), kNoItem);
     const UINT state = m.GetMenuState(0, MF_BYPOSITION);
-    EXPECT_NE(state & MF_POPUP, 0u);
+    EXPECT_TRUE(m.GetMenuItemID(0) == kNoItem && (state & MF_POPUP));
     EXPECT_EQ(state >> 8, 2u) << "a popup reports its item count in the high byte";
     ASSERT_TRUE(m.InsertMenu(501, MF_BYCOMMAND | MF_STRING, 502, "s3"));
     CMenu* view = m.GetSubMenu(0);
     ASSERT_NE(view, nullptr);
-    EXPECT_EQ(view->m_hMenu, hSub);
-    EXPECT_EQ(view->GetMenuItemID(1), 502u);
+    EXPECT_TRUE(view->m_hMenu == hSub && view->GetMenuItemID(1) == 502u);
     EXPECT_EQ(Text(m, 500, MF_BYCOMMAND), "s1");
-    EXPECT_TRUE(m.DeleteMenu(500, MF_BYCOMMAND));
-    EXPECT_EQ(view->GetMenuItemCount(), 2u);
-    EXPECT_EQ(m.GetSubMenu(5), nullptr);
+    EXPECT_TRUE(m.DeleteMenu(500, MF_BYCOMMAND) && view->GetMenuItemCount() == 2u && m.GetSubMenu(5) == nullptr);
     CMenu::DeleteTempMap();
     // RemoveMenu leaves a popup alive, DeleteMenu and DestroyMenu destroy it.
     CMenu kept, gone;
@@ -86,21 +74,17 @@ TEST(CMenu, PopupsAreSearchedByCommandAndOwnedByTheirMenu) {
 
 TEST(CMenu, DestroyAttachDetach) {
     CMenu m;
-    EXPECT_FALSE(m.DestroyMenu());
-    EXPECT_EQ(m.GetMenuItemCount(), kNoItem);
-    EXPECT_FALSE(m.AppendMenu(MF_STRING, 1, "x"));
+    EXPECT_TRUE(!m.DestroyMenu() && m.GetMenuItemCount() == kNoItem && !m.AppendMenu(MF_STRING, 1, "x"));
     ASSERT_TRUE(m.CreatePopupMenu());
     EXPECT_FALSE(m.CreatePopupMenu()) << "a CMenu holds one menu";
     HMENU h = m.Detach();
     CMenu other;
     ASSERT_TRUE(other.Attach(h));
     EXPECT_EQ((HMENU)other, h);
-    EXPECT_TRUE(other.DestroyMenu());
-    EXPECT_EQ(other.m_hMenu, nullptr);
+    EXPECT_TRUE(other.DestroyMenu() && other.m_hMenu == nullptr);
     CMenu stale;
     stale.m_hMenu = h;
-    EXPECT_FALSE(stale.InsertMenu(0, MF_BYPOSITION, 1, "x"));
-    EXPECT_FALSE(stale.DestroyMenu());
+    EXPECT_FALSE(stale.InsertMenu(0, MF_BYPOSITION, 1, "x") || stale.DestroyMenu());
 }
 
 #if !defined(_WIN32)

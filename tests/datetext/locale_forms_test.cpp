@@ -1,7 +1,5 @@
-// WinDateTime: settings read from the locale, the short and long date forms, the time of day
-// and the field extractors of the long picture.
+// WinDateTime: locale settings, short and long forms, time of day, field extractors.
 #include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
@@ -14,8 +12,7 @@ using datetext_test::LocaleTest;
 using datetext_test::Pins;
 using datetext_test::UseLocale;
 
-// Captured while the test program starts, before any test can call Initialize(): everything
-// but the short-year and leading-zero flags starts cleared.
+// Captured before any Initialize(): all cleared but the short-year and leading-zero flags.
 const std::string g_initial = std::to_string(WinDateTime::sShortYear) + std::to_string(WinDateTime::iTLZero) +
     std::to_string(WinDateTime::smdyFormat + WinDateTime::lmdyFormat + WinDateTime::charMonth + WinDateTime::lShortYear +
                    WinDateTime::incMonth + WinDateTime::TimeFormat + WinDateTime::DateSeparator + WinDateTime::TimeSeparator) +
@@ -24,13 +21,7 @@ const std::string g_initial = std::to_string(WinDateTime::sShortYear) + std::to_
 
 TEST(WinDateTimeSettings, ValuesBeforeTheFirstInitialize) { EXPECT_EQ(g_initial, "110"); }
 
-struct ShortCase {
-    Pins pins;
-    const char* sdateFormat;
-    int charMonth, sShortYear;
-    const char* july4th2012;
-    const char* dec31st1999;
-};
+struct ShortCase { Pins pins; const char* sdateFormat; int charMonth, sShortYear; const char* july4th2012, *dec31st1999; };
 
 TEST_F(LocaleTest, ShortFormFollowsPictureAndOrder) {
     const ShortCase cases[] = {
@@ -49,8 +40,7 @@ TEST_F(LocaleTest, ShortFormFollowsPictureAndOrder) {
     for (const ShortCase& c : cases) {
         UseLocale(c.pins);
         EXPECT_EQ(std::string(WinDateTime::sdateFormat), c.sdateFormat);
-        EXPECT_EQ(WinDateTime::charMonth, c.charMonth);
-        EXPECT_EQ(WinDateTime::sShortYear, c.sShortYear);
+        EXPECT_TRUE(WinDateTime::charMonth == c.charMonth && WinDateTime::sShortYear == c.sShortYear);
         EXPECT_EQ(std::string(WinDateTime::GetDate(CDate(2012, 7, 4))), c.july4th2012) << c.sdateFormat;
         CString out("old text");
         WinDateTime::GetDate(CDate(1999, 12, 31), out, 0);
@@ -65,12 +55,10 @@ TEST_F(LocaleTest, StringFormsTwoDigitYearsAndTheNullDate) {
     struct tm now {};
     ASSERT_TRUE(qm::crt::LocalTime64(qm::crt::Time64(), &now));
     CDate today(now.tm_year + 1900, now.tm_mon + 1, now.tm_mday);  // the null date stands for today
-    EXPECT_EQ(std::string(WinDateTime::GetDate(CDate())), std::string(WinDateTime::GetDate(today)));
-    EXPECT_EQ(std::string(CDate().AsString(1)), std::string(today.AsString(1)));
+    EXPECT_TRUE(WinDateTime::GetDate(CDate()) == WinDateTime::GetDate(today) && CDate().AsString(1) == today.AsString(1));
     UseLocale({{LOCALE_SSHORTDATE, "M/d/yy"}});  // two-digit years keep their offsets outside the century
-    EXPECT_EQ(std::string(CDate(1850, 1, 2).AsString()), "1/2/-50");
-    EXPECT_EQ(std::string(CDate(2150, 1, 2).AsString()), "1/2/150");
-    EXPECT_EQ(std::string(CDate(2000, 1, 2).AsString()), "1/2/00");
+    EXPECT_EQ(CDate(1850, 1, 2).AsString() + " " + CDate(2150, 1, 2).AsString() + " " + CDate(2000, 1, 2).AsString(),
+              "1/2/-50 1/2/150 1/2/00");
 }
 
 TEST_F(LocaleTest, UnknownOrderCodeReportsAndFollowsThePicture) {
@@ -85,13 +73,7 @@ TEST_F(LocaleTest, UnknownOrderCodeReportsAndFollowsThePicture) {
     EXPECT_EQ(std::string(WinDateTime::GetDate(CDate(2012, 7, 4))), "2012-07-04");
 }
 
-struct LongCase {
-    const char* picture;
-    const char* ldateFormat;
-    int lmdyFormat, lShortYear, incMonth;
-    const char* july4th2012;
-    bool reportsOrder;
-};
+struct LongCase { const char* picture, *ldateFormat; int lmdyFormat, lShortYear, incMonth; const char* july4th2012; bool reportsOrder; };
 
 TEST_F(LocaleTest, LongFormRendersCommonPictures) {
     const LongCase cases[] = {
@@ -100,21 +82,19 @@ TEST_F(LocaleTest, LongFormRendersCommonPictures) {
         {"d 'de' MMMM 'de' yyyy", "\x02" "d de %B de \x02" "d", 2, 0, 0, "4 de July de 2012", false},
         {"ddd, dd MMM yy", "%a, \x02" "02d %b \x02" "d", 2, 1, 0, "Wed, 04 Jul 12", false},
         {"yyyy-MM-dd", "\x02" "d-\x02" "02d-\x02" "02d", 0, 0, 1, "2012-07-04", false},
-        // Quoted literals keep their case and letters; "''" is a quote; "%" is plain text.
-        {"yyyy'Y'M'M'd'D'", nullptr, 0, 0, 1, "2012Y7M4D", false},
+        // Quoted literals keep their case and letters, "''" is a quote, no slot can be forged;
+        // orders outside the three expected ones report "false" and each slot keeps its field.
+        {"yyyy'Y'M'M'd'D'", nullptr, 0, 0, 1, "2012Y7M4D", false}, {"MM yyyy d", nullptr, 1, 0, 1, "07 2012 4", true},
         {"d 'o''clock' MMMM yyyy", nullptr, 2, 0, 0, "4 o'clock July 2012", false},
-        {"d '\x02" "d' MMMM yyyy", nullptr, 2, 0, 0, "4 d July 2012", false},  // no forged slot
-        // Orders outside the three expected ones report "false"; each slot keeps its field.
-        {"MM yyyy d", nullptr, 1, 0, 1, "07 2012 4", true},
-        {"d d MMMM yyyy", nullptr, 2, 0, 0, "4 4 July 2012", true},
+        {"d '\x02" "d' MMMM yyyy", nullptr, 2, 0, 0, "4 d July 2012", false}, {"d d MMMM yyyy", nullptr, 2, 0, 0, "4 4 July 2012", true},
     };
     for (const LongCase& c : cases) {
         qmtest::RecordingAssertSink sink;
         UseLocale({{LOCALE_SLONGDATE, c.picture}});
         if (c.ldateFormat) { EXPECT_EQ(std::string(WinDateTime::ldateFormat), c.ldateFormat) << c.picture; }
-        EXPECT_EQ(WinDateTime::lmdyFormat, c.lmdyFormat) << c.picture;
-        EXPECT_EQ(WinDateTime::lShortYear, c.lShortYear) << c.picture;
-        EXPECT_EQ(WinDateTime::incMonth, c.incMonth) << c.picture;
+        EXPECT_EQ(std::to_string(WinDateTime::lmdyFormat) + std::to_string(WinDateTime::lShortYear) +
+                      std::to_string(WinDateTime::incMonth),
+                  std::to_string(c.lmdyFormat) + std::to_string(c.lShortYear) + std::to_string(c.incMonth)) << c.picture;
         EXPECT_EQ(sink.Expressions(), c.reportsOrder ? std::vector<std::string>{"false"} : std::vector<std::string>{})
             << c.picture;
         EXPECT_EQ(std::string(CDate(2012, 7, 4).AsString(1)), c.july4th2012) << c.picture;
@@ -123,8 +103,7 @@ TEST_F(LocaleTest, LongFormRendersCommonPictures) {
 
 TEST_F(LocaleTest, LongFormOfAnInvalidDateIsEmpty) {
     qmtest::RecordingAssertSink sink;
-    EXPECT_EQ(std::string(CDate(2011, 2, 29).AsString(1)), "");
-    EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"bValid"});
+    EXPECT_TRUE(CDate(2011, 2, 29).AsString(1).IsEmpty() && sink.Expressions() == std::vector<std::string>{"bValid"});
 }
 
 TEST_F(LocaleTest, PicturesLongerThanTheirBuffersReadAsEmpty) {
@@ -136,33 +115,19 @@ TEST_F(LocaleTest, PicturesLongerThanTheirBuffersReadAsEmpty) {
     EXPECT_EQ(std::string(WinDateTime::descShortDate), "d/m/yyyy" + std::string(23, ' '));
 }
 
-struct TimeCase {
-    Pins pins;
-    int hour, minute;
-    const char* expected;
-};
+struct TimeCase { Pins pins; int hour, minute; const char* expected; };
 
 TEST_F(LocaleTest, TimeOfDay) {
     const Pins h24 = {{LOCALE_ITIME, "1"}, {LOCALE_ITLZERO, "1"}, {LOCALE_STIME, "."}};
-    const Pins h24NoZero = {{LOCALE_ITIME, "1"}, {LOCALE_ITLZERO, "0"}};
-    const Pins h12Zero = {{LOCALE_ITLZERO, "1"}, {LOCALE_S1159, "a.m."}, {LOCALE_S2359, "p.m."}};
-    const TimeCase cases[] = {
-        {{}, 0, 30, "12:30AM"},      {{}, 11, 59, "11:59AM"},        {h24, 9, 5, "09.05"},
-        {{{LOCALE_STIME, "%"}}, 9, 5, "9%05AM"},
-    };
+    const TimeCase cases[] = {{{}, 0, 30, "12:30AM"}, {{}, 11, 59, "11:59AM"}, {h24, 9, 5, "09.05"}, {{{LOCALE_STIME, "%"}}, 9, 5, "9%05AM"}};
     for (const TimeCase& c : cases) {
         UseLocale(c.pins);
-        CTime t(2012, 7, 4, c.hour, c.minute, 0);
-        EXPECT_EQ(std::string(WinDateTime::GetTime(t)), c.expected);
+        EXPECT_EQ(std::string(WinDateTime::GetTime(CTime(2012, 7, 4, c.hour, c.minute, 0))), c.expected);
     }
     UseLocale(h24);
-    EXPECT_EQ(std::string(WinDateTime::sPMIndicator), "");
-    EXPECT_EQ(std::string(WinDateTime::timeFormat), "%H.%M");
-    EXPECT_EQ(WinDateTime::TimeSeparator, '.');
-    EXPECT_EQ(WinDateTime::DateSeparator, '/');
+    EXPECT_EQ(WinDateTime::sPMIndicator.str() + WinDateTime::timeFormat.str() + WinDateTime::TimeSeparator +
+                  WinDateTime::DateSeparator, "%H.%M./");
 }
-
-// ---- Field extractors ------------------------------------------------------------------------
 
 enum Extractor { WeekDay, Month, DayOfMonth, Year, Separator };
 
@@ -176,33 +141,24 @@ CString RunExtractor(Extractor which, char*& p) {
     }
 }
 
-struct ExtractCase {
-    Extractor which;
-    const char* text;
-    const char* piece;
-    int consumed;
-    int incMonth, lShortYear;  // -1: not checked
-    const char* report;        // assertion text, or nullptr
-};
+// incMonth, lShortYear -1: not checked; report: the assertion text, or nullptr.
+struct ExtractCase { Extractor which; const char* text; const char* piece; int consumed, incMonth, lShortYear; const char* report; };
 
 TEST_F(LocaleTest, FieldExtractors) {
     const ExtractCase cases[] = {
         {WeekDay, "dddd, mmmm", "%A", 4, -1, -1, nullptr}, {WeekDay, "ddd ", "%a", 3, -1, -1, nullptr},
         {WeekDay, "dd.", "", 2, -1, -1, nullptr}, {WeekDay, "mmm", "", 0, -1, -1, nullptr},
         {WeekDay, "", "", 0, -1, -1, "ptr != NULL && *ptr != 0"},
-        {DayOfMonth, "dd ", "\x02" "02d", 2, -1, -1, nullptr},
-        {DayOfMonth, "d,", "\x02" "d", 1, -1, -1, nullptr},
+        {DayOfMonth, "dd ", "\x02" "02d", 2, -1, -1, nullptr}, {DayOfMonth, "d,", "\x02" "d", 1, -1, -1, nullptr},
         {DayOfMonth, "", "\x02" "d", 0, -1, -1, "ptr != NULL && *ptr != 0"},
         {Month, "m/", "\x02" "d", 1, 1, -1, nullptr}, {Month, "mm", "\x02" "02d", 2, 1, -1, nullptr},
         {Month, "mmm", "%b", 3, 0, -1, nullptr}, {Month, "mmmmm", "\x02" "d", 5, 0, -1, nullptr},
         {Month, "", "\x02" "d", 0, 1, -1, "ptr != NULL && *ptr != 0"},
         {Year, "yy", "\x02" "d", 2, -1, 1, nullptr}, {Year, "yyyy", "\x02" "d", 4, -1, 0, nullptr},
-        {Year, "yyy", "\x02" "d", 3, -1, 0, nullptr},
-        {Year, "", "\x02" "d", 0, -1, 0, "*ptr != NULL && *ptr != 0"},
+        {Year, "yyy", "\x02" "d", 3, -1, 0, nullptr}, {Year, "", "\x02" "d", 0, -1, 0, "*ptr != NULL && *ptr != 0"},
         {Separator, ", mmmm", ", ", 2, -1, -1, nullptr}, {Separator, "", "", 0, -1, -1, nullptr},
-        {Separator, "'de' mmmm", "", 1, -1, -1, nullptr},   // letters end even quoted text
-        {Separator, "'a''b' d", "a'b", 6, -1, -1, nullptr}, {Separator, "' - 'yy", " - ", 5, -1, -1, nullptr},
-        {Separator, ", 'x' d", ", ", 3, -1, -1, "ExpectQuote"},
+        {Separator, "'de' mmmm", "", 1, -1, -1, nullptr}, {Separator, "'a''b' d", "a'b", 6, -1, -1, nullptr},  // letters end quotes
+        {Separator, "' - 'yy", " - ", 5, -1, -1, nullptr}, {Separator, ", 'x' d", ", ", 3, -1, -1, "ExpectQuote"},
     };
     for (const ExtractCase& c : cases) {
         std::string text = c.text;
@@ -224,11 +180,9 @@ TEST_F(LocaleTest, FieldExtractors) {
 TEST_F(LocaleTest, ExtractorsReportANullCursorAndLeaveIt) {
     qmtest::RecordingAssertSink sink;
     char* p = nullptr;
-    EXPECT_EQ(std::string(WinDateTime::ExtractWeekDay(p)), "");
-    EXPECT_EQ(std::string(WinDateTime::ExtractMonth(p)), "\x02" "d");
-    EXPECT_EQ(std::string(WinDateTime::ExtractDayOfMonth(p)), "\x02" "d");
-    EXPECT_EQ(std::string(WinDateTime::ExtractYear(p)), "\x02" "d");
-    EXPECT_EQ(std::string(WinDateTime::ExtractSeparator(p)), "");
+    std::string got;
+    for (Extractor e : {WeekDay, Month, DayOfMonth, Year, Separator}) got += RunExtractor(e, p).str() + "|";
+    EXPECT_EQ(got, "|\x02" "d|\x02" "d|\x02" "d||");
     EXPECT_EQ(p, nullptr);
     EXPECT_EQ(sink.Expressions(),
               (std::vector<std::string>{"ptr != NULL && *ptr != 0", "ptr != NULL && *ptr != 0",

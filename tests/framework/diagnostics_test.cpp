@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-
 #include <cstring>
 
 #include "tests/support/recording_sink.h"
@@ -14,11 +13,9 @@ TEST(Diagnostics, AssertionReportsTextModuleAndLineAndCarriesOn) {
     const int line = __LINE__; bool held = CVASSERT(value >= 1 && value <= 2);
     EXPECT_FALSE(held);
     ASSERT_EQ(sink.Reports().size(), 1u);
-    EXPECT_EQ(sink.Reports()[0].expression, "value >= 1 && value <= 2");
-    EXPECT_EQ(sink.Reports()[0].module, "Common\\test");
-    EXPECT_EQ(sink.Reports()[0].line, line);
-    EXPECT_TRUE(CVASSERT(value == 3));
-    EXPECT_EQ(sink.Reports().size(), 1u);
+    const qmtest::AssertReport& r = sink.Reports()[0];
+    EXPECT_TRUE(r.expression == "value >= 1 && value <= 2" && r.module == "Common\\test" && r.line == line);
+    EXPECT_TRUE(CVASSERT(value == 3) && sink.Reports().size() == 1u);
 }
 
 TEST(Diagnostics, TraceFormatsLikePrintf) {
@@ -35,10 +32,8 @@ TEST(Diagnostics, RaiseErrorThrowsThePointerWithItsDetails) {
     } catch (CException* e) {
         auto* qe = dynamic_cast<CQMWException*>(e);
         ASSERT_NE(qe, nullptr);
-        EXPECT_EQ(qe->GetExpression(), "m_pBytes != NULL");
-        EXPECT_EQ(qe->GetSourceModule(), "Common\\DIB");
-        EXPECT_EQ(qe->GetLine(), 77);
-        EXPECT_TRUE(qe->GetMessage().IsEmpty());
+        EXPECT_TRUE(qe->GetExpression() == "m_pBytes != NULL" && qe->GetSourceModule() == "Common\\DIB");
+        EXPECT_TRUE(qe->GetLine() == 77 && qe->GetMessage().IsEmpty());
         char text[128];
         EXPECT_TRUE(e->GetErrorMessage(text, sizeof text));
         EXPECT_STREQ(text, "Common\\DIB(77): m_pBytes != NULL");
@@ -48,9 +43,7 @@ TEST(Diagnostics, RaiseErrorThrowsThePointerWithItsDetails) {
 
 TEST(ModuleFrame, VersionRecordFilledAtLoad) {
     const OSVERSIONINFOA& v = GetModuleOSVersion();
-    EXPECT_EQ(sizeof(OSVERSIONINFOA), 148u);
-    EXPECT_EQ(v.dwOSVersionInfoSize, 148u);
-    EXPECT_EQ(v.dwPlatformId, (DWORD)VER_PLATFORM_WIN32_NT);
-    EXPECT_GT(v.dwMajorVersion, 0u);
+    EXPECT_TRUE(sizeof(OSVERSIONINFOA) == 148u && v.dwOSVersionInfoSize == 148u);
+    EXPECT_TRUE(v.dwPlatformId == (DWORD)VER_PLATFORM_WIN32_NT && v.dwMajorVersion > 0u);
     EXPECT_EQ(AfxGetApp(), &GetMFCQMUtilsApp());
 }

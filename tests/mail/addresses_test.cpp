@@ -1,6 +1,5 @@
 // Address lists, single addresses and postal address blocks.
 #include <gtest/gtest.h>
-
 #include <map>
 #include <string>
 #include <vector>
@@ -9,47 +8,26 @@
 
 namespace {
 
-struct Item {
-    std::string address;
-    std::string name;
-    std::string rest;  // "<null>" when the list ended
-};
-
-std::vector<Item> Walk(const char* list, bool removeComments) {
-    std::vector<Item> items;
-    const char* p = list;
-    for (int guard = 0; guard < 100; ++guard) {
+TEST(GetAddress, WalksTheListAndNullTextEnds) {
+    std::string walked;
+    const char* p = "\"Doe, Jane\" <jd@host>, bob@x.test";
+    for (int guard = 0; p && guard < 10; ++guard) {
         CString name = "stale";
         const char* next = "stale";
-        CString address = GetAddress(p, name, &next, removeComments);
-        items.push_back({address.str(), name.str(), next ? std::string(next) : "<null>"});
-        if (!next) break;
-        EXPECT_GT(next, p) << "the rest must move forward";
+        const CString address = GetAddress(p, name, &next, false);
+        walked += address.str() + "|" + name.str() + "|" + (next ? next : "<null>") + ";";
+        EXPECT_TRUE(!next || next > p) << "the rest must move forward";
         p = next;
     }
-    return items;
-}
-
-TEST(GetAddress, WalksTheListAndNullTextEnds) {
-    auto items = Walk("\"Doe, Jane\" <jd@host>, bob@x.test", false);
-    ASSERT_EQ(items.size(), 2u);
-    EXPECT_EQ(items[0].address + "|" + items[0].name + "|" + items[0].rest, "jd@host|Doe, Jane| bob@x.test");
-    EXPECT_EQ(items[1].address + "|" + items[1].name + "|" + items[1].rest, "bob@x.test||<null>");
+    EXPECT_EQ(walked, "jd@host|Doe, Jane| bob@x.test;bob@x.test||<null>;");
     CString name = "stale";
     const char* next = "stale";
-    EXPECT_EQ(GetAddress(nullptr, name, &next, true), "");
-    EXPECT_TRUE(name.IsEmpty() && next == nullptr);
+    EXPECT_TRUE(GetAddress(nullptr, name, &next, true) == "" && name.IsEmpty() && next == nullptr);
     EXPECT_EQ(GetAddress("a@b, c@d", name, nullptr, false), "a@b");
 }
 
 TEST(GetAddress, ItemShapes) {
-    const struct {
-        const char* list;
-        bool removeComments;
-        const char* address;
-        const char* name;
-        const char* rest;
-    } cases[] = {
+    const struct { const char* list; bool removeComments; const char* address, *name, *rest; } cases[] = {
         // A separator before any "@" belongs to the name.
         {"Smith, John <js@host>", false, "js@host", "Smith, John", nullptr},
         // The byte just before "<" is dropped from the name, whatever it is.
@@ -62,7 +40,6 @@ TEST(GetAddress, ItemShapes) {
         {"a > b", false, "", "", nullptr}, {"name <a@b", false, "name <a@b", "", nullptr},
         {"jd@host (Jane Doe)", true, "jd@host", "", nullptr},
         {"Jane <jd@host (work)>", true, "jd@host", "Jane", nullptr},
-        // A trailing backslash has nothing to escape.
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.list);
@@ -70,12 +47,7 @@ TEST(GetAddress, ItemShapes) {
         const char* next = "stale";
         EXPECT_EQ(GetAddress(c.list, name, &next, c.removeComments), c.address);
         EXPECT_EQ(name, c.name);
-        if (c.rest) {
-            ASSERT_NE(next, nullptr);
-            EXPECT_STREQ(next, c.rest);
-        } else {
-            EXPECT_EQ(next, nullptr);
-        }
+        EXPECT_EQ(next ? next : "<null>", std::string(c.rest ? c.rest : "<null>"));
     }
 }
 
@@ -83,11 +55,9 @@ TEST(ExtractEMailAddresses, MapKeepsTheFirstNameOfEachAddress) {
     std::map<CString, CString> out;
     out[CString("old@entry")] = "Old";
     ExtractEMailAddresses(CString("Jane <jd@host>, bob@x.test; \"Other\" <jd@host>; Ann (home) <ann@h.t>"), out);
-    std::map<std::string, std::string> got;
-    for (auto& kv : out) got[kv.first.str()] = kv.second.str();
-    std::map<std::string, std::string> expected = {
-        {"jd@host", "Jane"}, {"bob@x.test", ""}, {"ann@h.t", "Ann (home)"}};
-    EXPECT_EQ(got, expected);
+    std::string got;
+    for (auto& kv : out) got += kv.first.str() + "=" + kv.second.str() + ";";
+    EXPECT_EQ(got, "ann@h.t=Ann (home);bob@x.test=;jd@host=Jane;");
     ExtractEMailAddresses(CString(""), out);
     EXPECT_TRUE(out.empty());
 }
@@ -95,52 +65,37 @@ TEST(ExtractEMailAddresses, MapKeepsTheFirstNameOfEachAddress) {
 TEST(ExtractEMailAddresses, VectorCutsAtSemicolonsOnly) {
     std::vector<CString> out = {CString("stale")};
     ExtractEMailAddresses(CString("jd@host.test;a@bc;John Smith <js@host>;a@b.c, d@e.f;  x  ;bob@x.test"), out);
-    std::vector<std::string> got;
-    for (auto& s : out) got.push_back(s.str());
+    std::string got;
+    for (auto& s : out) got += s.str() + ";";
     // "a@bc" (4 bytes) is ignored; "," does not separate; "  x  " is 5 bytes and gives "x".
-    std::vector<std::string> expected = {"jd@host.test", "js@host", "d@e.f", "x", "bob@x.test"};
-    EXPECT_EQ(got, expected);
+    EXPECT_EQ(got, "jd@host.test;js@host;d@e.f;x;bob@x.test;");
     ExtractEMailAddresses(CString("long@enough.test;abcd"), out);
-    ASSERT_EQ(out.size(), 1u);  // the last piece is measured like the others
+    EXPECT_EQ(out.size(), 1u);  // the last piece is measured like the others
     ExtractEMailAddresses(CString(";;;;"), out);
     EXPECT_TRUE(out.empty());
 }
 
 TEST(GetMailAddress, LastWordWithoutAngleBrackets) {
-    const struct {
-        const char* item;
-        const char* expected;
-    } cases[] = {
-        {"John Smith <js@host>", "js@host"}, {"  js@host  ", "js@host"}, {"<a>", "a"},
-        {"name js@host>", "js@host"},
+    const struct { const char* item; const char* expected; } cases[] = {
+        {"John Smith <js@host>", "js@host"}, {"  js@host  ", "js@host"}, {"<a>", "a"}, {"name js@host>", "js@host"},
     };
     for (const auto& c : cases) EXPECT_EQ(GetMailAddress(c.item), c.expected) << c.item;
 }
 
 TEST(CreateEMailReference, QuotedNameAndAngleAddress) {
-    const struct {
-        const char* address;
-        const char* name;
-        bool ok;
-        const char* out;
-    } cases[] = {
+    const struct { const char* address; const char* name; bool ok; const char* out; } cases[] = {
         {"jd@host", "Jane Doe", true, "\"Jane Doe\" <jd@host>"}, {"jd@host", "", true, "jd@host"},
         {"", "Jane", false, "\"Jane\""},  // the quoted name stays
         {nullptr, nullptr, false, ""},
     };
     for (const auto& c : cases) {
         CString out = "stale";
-        EXPECT_EQ(CreateEMailReference(c.address, c.name, out), c.ok);
-        EXPECT_EQ(out, c.out);
+        EXPECT_TRUE(CreateEMailReference(c.address, c.name, out) == c.ok && out == c.out) << c.out;
     }
 }
 
 TEST(ExtractAddress, BlockShapes) {
-    const struct {
-        const char* text;
-        int found;
-        const char* out;
-    } cases[] = {
+    const struct { const char* text; int found; const char* out; } cases[] = {
         {"Dear Sir\r\rJohn Smith\r12 Main Street\rSpringfield 12345\r\rThanks", 1,
          "John Smith\r12 Main Street\rSpringfield 12345\r"},
         // Later lines that do not start with a letter or digit are dropped.
@@ -150,8 +105,7 @@ TEST(ExtractAddress, BlockShapes) {
         {"John Smith\rSpringfield 12345", 0, ""},
         {"Line one 1\rLine two 2\rLine three\rLine four\rLine five\rLine six\rLine 7777", 0, ""},
         {"John Smith\r12 Main Street\rSpringfield", 0, ""},
-        // A line starting with "." ends the block; the search goes on after it, and the "."
-        // line itself may start the next block.
+        // A line starting with "." ends the block and may start the next one.
         {"Line one x\rLine two 2\r.\rJohn Smith\r12 Main Street\rTown 12345", 1,
          ".\rJohn Smith\r12 Main Street\rTown 12345\r"},
         {"Line one x\rLine two 2\r\rJohn Smith\r12 Main Street\rTown 12345", 1,
@@ -159,11 +113,8 @@ TEST(ExtractAddress, BlockShapes) {
         {"\r\r\r \x17\x01\x02", 0, ""},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.text);
-        CString text = c.text;
-        CString out = "stale";
-        EXPECT_EQ(ExtractAddress(text, out), c.found);
-        EXPECT_EQ(out, c.out);
+        CString text = c.text, out = "stale";
+        EXPECT_TRUE(ExtractAddress(text, out) == c.found && out == c.out) << c.text;
     }
 }
 
@@ -171,8 +122,7 @@ TEST(ExtractAddress, AClosingApostropheBecomesASpaceInTheCallersText) {
     CString text = "Jane Roe\rOld Road 4\rTown of Kent'";
     CString out;
     ASSERT_EQ(ExtractAddress(text, out), 1);
-    EXPECT_EQ(text, "Jane Roe\rOld Road 4\rTown of Kent ");
-    EXPECT_EQ(out, "Jane Roe\rOld Road 4\rTown of Kent \r");
+    EXPECT_TRUE(text == "Jane Roe\rOld Road 4\rTown of Kent " && out == text + "\r");
 }
 
 // (length - lines) / lines must lie in 7..255: three lines of 7 and of 257 bytes fail.

@@ -1,7 +1,5 @@
-// File paths and file URLs, canonical URLs and percent decoding. The same table runs on both
-// targets: on Windows the system does the conversions, on POSIX the library's own backend.
+// Paths and file URLs, canonical URLs, percent decoding: one table for both backends.
 #include <gtest/gtest.h>
-
 #include <string>
 
 #include "tests/support/recording_sink.h"
@@ -11,22 +9,15 @@ namespace {
 
 std::string Bytes(const CString& s) { return s.str(); }
 
-struct Conversion {
-    const char* input;
-    const char* expected;
-};
+struct Conversion { const char* input; const char* expected; };
 
 TEST(Path2Url, DrivesNetworkPathsSpacesPercentAndEightBitBytes) {
     const Conversion cases[] = {
-        {"C:\\a.txt", "file://C:/a.txt"},
-        {"C:\\a b\\c.txt", "file://C:/a%20b/c.txt"},
-        {"C:\\100%.txt", "file://C:/100%25.txt"},
-        {"\\\\server\\share\\a b.txt", "file://server/share/a%20b.txt"},
+        {"C:\\a.txt", "file://C:/a.txt"}, {"C:\\a b\\c.txt", "file://C:/a%20b/c.txt"},
+        {"C:\\100%.txt", "file://C:/100%25.txt"}, {"\\\\server\\share\\a b.txt", "file://server/share/a%20b.txt"},
         {"C:\\caf\xE9.txt", "file://C:/caf%E9.txt"},
-        // Bytes that stand for characters above U+00FF in code page 1252 are not escaped by
-        // the system, only by the final encoding.
-        {"C:\\x\x80y\x9Fz\xFF", "file://C:/x%80y%9Fz%FF"},
-        {"C:\\dir\\..\\x.txt", "file://C:/x.txt"},
+        // Code page 1252 bytes above U+00FF are escaped only by the final encoding.
+        {"C:\\x\x80y\x9Fz\xFF", "file://C:/x%80y%9Fz%FF"}, {"C:\\dir\\..\\x.txt", "file://C:/x.txt"},
         {"\\\\server\\share\\..\\x", "file://server/x"},
         {"C:\\a_b;c=d&e#f.txt", "file://C:/a%5Fb%3Bc%3Dd%26e%23f.txt"},
         // Already a URL: canonicalised, then encoded.
@@ -40,25 +31,17 @@ TEST(Path2Url, TooLongForTheUrlBufferIsReported) {
     std::string path = "C:\\" + std::string(1000, ' ');  // escapes to 3000 bytes
     EXPECT_EQ(Path2Url(path.c_str()), "");
     ASSERT_EQ(sink.Reports().size(), 1u);
-    EXPECT_EQ(sink.Reports()[0].expression, "SUCCEEDED(hRes)");
-    EXPECT_EQ(sink.Reports()[0].module, "Common\\mfcutils");
+    EXPECT_EQ(sink.Reports()[0].expression + "|" + sink.Reports()[0].module, "SUCCEEDED(hRes)|Common\\mfcutils");
 }
 
 TEST(Url2Path, DecodesOnceInTheSystemAndOnceMore) {
     const Conversion cases[] = {
-        {"file://C:/a%20b/c.txt", "C:\\a b\\c.txt"},
-        {"file:///C|/x", "C:\\x"},
-        {"file://server/share/a%20b.txt", "\\\\server\\share\\a b.txt"},
-        {"file://C:/caf%E9.txt", "C:\\caf\xE9.txt"},
+        {"file://C:/a%20b/c.txt", "C:\\a b\\c.txt"}, {"file:///C|/x", "C:\\x"},
+        {"file://server/share/a%20b.txt", "\\\\server\\share\\a b.txt"}, {"file://C:/caf%E9.txt", "C:\\caf\xE9.txt"},
         // Decoded twice: "%2541" becomes "%41" in the system and "A" after it.
-        {"file:///C:/100%2541.txt", "C:\\100A.txt"},
-        {"file://C:/100%2541.txt", "C:\\100%41.txt"},
-        // The system keeps "%2" and "%zz"; the second decoding drops a "%" near the end and
-        // turns a malformed pair into a NUL byte.
-        {"file:///C:/a%2", "C:\\a2"},
-        {"file:///C:/a%2Fb", "C:\\a/b"},
-        {"http://host/x", ""},
-        {"", ""},
+        {"file:///C:/100%2541.txt", "C:\\100A.txt"}, {"file://C:/100%2541.txt", "C:\\100%41.txt"},
+        // The second decoding drops a "%" near the end and makes a malformed pair a NUL.
+        {"file:///C:/a%2", "C:\\a2"}, {"file:///C:/a%2Fb", "C:\\a/b"}, {"http://host/x", ""}, {"", ""},
     };
     for (const Conversion& c : cases) EXPECT_EQ(Bytes(Url2Path(c.input)), c.expected) << c.input;
     EXPECT_EQ(Bytes(Url2Path("file:///C:/a%zzb")), std::string("C:\\a\0b", 6));
@@ -91,80 +74,49 @@ TEST(Path2Url, RoundTripsThroughUrl2Path) {
         "C:\\caf\xE9 \x80.txt", "Z:\\tmp\\x_y;z.txt", "C:\\",
     };
     for (const char* p : paths) EXPECT_EQ(Bytes(Url2Path(Path2Url(p))), p) << p;
-    // A network path is decoded by the system and again by the library, so an escape-like
-    // name does not survive the trip.
+    // A network path is decoded twice, so an escape-like name does not survive the trip.
     EXPECT_EQ(Bytes(Url2Path(Path2Url("\\\\server\\s\\a%41"))), "\\\\server\\s\\aA");
 }
 
 TEST(UlrCanonize, BrowserForm) {
     const Conversion cases[] = {
-        {"http://host.test/a b", "http://host.test/a%20b"},
-        {"http://h/a/b/../c", "http://h/a/c"},
-        {"http://h/a/b/../../../x", "http://h/../x"},
-        {"https://h/a b?c d#e f", "https://h/a%20b?c d#e f"},
-        {"http://h/a\tb", "http://h/ab"},
-        {"http://h/caf\xE9?q\xE9", "http://h/caf%E9?q\xE9"},
-        {"http://h/%41%7e", "http://h/%41%7e"},
-        {"file:///C:/a#b?c", "file://C:/a%23b?c"},
+        {"http://host.test/a b", "http://host.test/a%20b"}, {"http://h/a/b/../c", "http://h/a/c"},
+        {"http://h/a/b/../../../x", "http://h/../x"}, {"https://h/a b?c d#e f", "https://h/a%20b?c d#e f"},
+        {"http://h/a\tb", "http://h/ab"}, {"http://h/caf\xE9?q\xE9", "http://h/caf%E9?q\xE9"},
+        {"http://h/%41%7e", "http://h/%41%7e"}, {"file:///C:/a#b?c", "file://C:/a%23b?c"},
         {"file://server/share/../x", "file://server/x"},
     };
     for (const Conversion& c : cases) EXPECT_EQ(Bytes(UlrCanonize(c.input)), c.expected) << c.input;
 }
 
 TEST(UrlDecode, PairsAreConsumedEvenWhenMalformed) {
-    const struct {
-        std::string input;
-        std::string expected;
-    } cases[] = {
-        {"a%41%4g%", std::string("aA\0", 3)}, {"%", ""}, {"%%41", std::string("\0" "1", 2)}, {"%zz", std::string("\0", 1)},
-        {"", ""},
+    const struct { std::string input; std::string expected; } cases[] = {
+        {"a%41%4g%", std::string("aA\0", 3)}, {"%", ""}, {"%%41", std::string("\0" "1", 2)}, {"%zz", std::string("\0", 1)}, {"", ""},
     };
     for (const auto& c : cases) EXPECT_EQ(Bytes(UrlDecode(CString(c.input))), c.expected) << c.input;
 }
 
-class EMailFieldNames : public testing::Test {
-protected:
-    void SetUp() override {
-        const struct {
-            UINT id;
-            const char* text;
-        } names[] = {{614, "From"}, {611, "To"}, {616, "Cc"}, {608, "Bcc"}, {607, "Reply-To"},
-                     {612, "Sender"}, {615, "Date"}, {613, "Subject"}, {684, "Attachments"}, {685, "Priority"}};
-        for (const auto& n : names) qm::SetStringResource(n.id, n.text);
-    }
-};
-
-TEST_F(EMailFieldNames, NamesAndDefaultVisibilityByField) {
-    const struct {
-        EMailFieldNameType type;
-        const char* name;
-        bool visible;
-    } cases[] = {
+// The names come from the library's default string resources.
+TEST(EMailFieldNames, NamesAndDefaultVisibilityByField) {
+    const struct { EMailFieldNameType type; const char* name; bool visible; } cases[] = {
         {EMF_From, "From", true},         {EMF_To, "To", true},           {EMF_Cc, "Cc", true},
         {EMF_Bcc, "Bcc", false},          {EMF_ReplyTo, "Reply-To", false}, {EMF_Sender, "Sender", false},
         {EMF_Date, "Date", true},         {EMF_Subject, "Subject", true}, {EMF_Attachments, "Attachments", false},
         {EMF_Priority, "Priority", false},
     };
-    for (const auto& c : cases) {
-        EXPECT_STREQ(GetEMailFieldName(c.type), c.name);
-        EXPECT_EQ(IsEMailFieldNameVisibleByDefault(c.type), c.visible) << c.name;
-    }
+    for (const auto& c : cases)
+        EXPECT_TRUE(GetEMailFieldName(c.type) == std::string(c.name) && IsEMailFieldNameVisibleByDefault(c.type) == c.visible) << c.name;
     qm::SetStringResource(614, "Von");  // loaded once for the process
     EXPECT_STREQ(GetEMailFieldName(EMF_From), "From");
-    qm::SetStringResource(614, "From");
+    qm::ClearStringResource(614);
 }
 
-TEST_F(EMailFieldNames, OutOfRangeIsReportedAndAnsweredSafely) {
+TEST(EMailFieldNames, OutOfRangeIsReportedAndAnsweredSafely) {
     qmtest::RecordingAssertSink sink;
-    EXPECT_STREQ(GetEMailFieldName(EMF_Last), "");
-    EXPECT_STREQ(GetEMailFieldName((EMailFieldNameType)-1), "");
-    EXPECT_FALSE(IsEMailFieldNameVisibleByDefault(EMF_Last));
-    EXPECT_FALSE(IsEMailFieldNameVisibleByDefault((EMailFieldNameType)-5));
+    for (EMailFieldNameType bad : {EMF_Last, (EMailFieldNameType)-1})
+        EXPECT_TRUE(*GetEMailFieldName(bad) == 0 && !IsEMailFieldNameVisibleByDefault(bad));
     ASSERT_EQ(sink.Reports().size(), 4u);
-    for (const auto& r : sink.Reports()) {
-        EXPECT_EQ(r.expression, "idx >= 0 && idx < EMF_Last");
-        EXPECT_EQ(r.module, "Common\\mfcutils");
-    }
+    for (const auto& r : sink.Reports()) EXPECT_TRUE(r.expression == "idx >= 0 && idx < EMF_Last" && r.module == "Common\\mfcutils");
 }
 
 }  // namespace

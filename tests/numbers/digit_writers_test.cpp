@@ -1,7 +1,5 @@
-// Fixed-width decimal and hexadecimal digit writers and the grouped form, against a model
-// built from the C runtime's own formatting.
+// Digit writers and the grouped form against models built on the C runtime's formatting.
 #include <gtest/gtest.h>
-
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -21,28 +19,24 @@ std::string Model(long long v, int width, bool hex) {
     return (v < 0 ? "-" : "") + (width > 0 ? s.substr(s.size() - (size_t)width) : "");
 }
 
-// Writes into a guarded buffer: the returned end is right after the text and nothing past it
-// is touched, for fields wider and narrower than the value.
+// The returned end is right after the text and nothing past it is touched.
 TEST(DigitWriters, FixedWidthDigitsMatchTheModel) {
     std::mt19937 rng(42);
     const LONG edges[] = {0, 1, -1, 9, 10, 99, 100, 12345, -12345, 2147483647, INT32_MIN};
     for (int i = 0; i < 4000; ++i) {
         const LONG v = i < (int)std::size(edges) * 8 ? edges[i / 8] : (LONG)rng();
         const int width = i < (int)std::size(edges) * 8 ? i % 8 * 2 - 2 : (int)(rng() % 14) - 2;
-        char buf[64];
-        std::memset(buf, '#', sizeof buf);
-        char* end = numstr(v, buf, width);
-        ASSERT_EQ(std::string(buf, (size_t)(end - buf)), Model(v, width, false)) << v << " width " << width;
-        ASSERT_EQ(std::string(end, buf + sizeof buf), std::string((size_t)(buf + sizeof buf - end), '#'));
-        std::memset(buf, '#', sizeof buf);
-        end = numstrx((DWORD)v, buf, width);
-        ASSERT_EQ(std::string(buf, (size_t)(end - buf)), Model((long long)(DWORD)v, width, true)) << v << " width " << width;
-        ASSERT_EQ(std::string(end, buf + sizeof buf), std::string((size_t)(buf + sizeof buf - end), '#'));
+        for (bool hex : {false, true}) {
+            char buf[64];
+            std::memset(buf, '#', sizeof buf);
+            char* end = hex ? numstrx((DWORD)v, buf, width) : numstr(v, buf, width);
+            ASSERT_EQ(std::string(buf, (size_t)(end - buf)), Model(hex ? (long long)(DWORD)v : v, width, hex)) << v << " width " << width;
+            ASSERT_EQ(std::string(end, buf + sizeof buf), std::string((size_t)(buf + sizeof buf - end), '#'));
+        }
     }
 }
 
-// Groups of three from 1,000 up, with "," whatever the locale; negative numbers are never
-// grouped.
+// Groups of three from 1,000 up with "," whatever the locale; negatives are never grouped.
 TEST(DigitWriters, GroupedFormMatchesTheModel) {
     qm::platform::PinLocaleInfo(LOCALE_STHOUSAND, ".");
     std::mt19937 rng(7);
@@ -53,8 +47,7 @@ TEST(DigitWriters, GroupedFormMatchesTheModel) {
         if (v >= 1000)
             for (int k = (int)expected.size() - 3; k > 0; k -= 3) expected.insert((size_t)k, ",");
         CString out = "stale";
-        CString& ret = numstr_formatted(v, out);
-        ASSERT_EQ(&ret, &out);
+        ASSERT_EQ(&numstr_formatted(v, out), &out);
         ASSERT_EQ(out.str(), expected) << v;
     }
     qm::platform::PinLocaleToEnglishUS();

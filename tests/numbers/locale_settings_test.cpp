@@ -13,16 +13,11 @@ TEST(DecimalSeparator, OverrideWinsAndSetReturnsThePrevious) {
     EXPECT_EQ(GetDecimalSeparator(), '.');
     EXPECT_EQ(SetDecimalSeparator(','), 0);
     EXPECT_EQ(GetDecimalSeparator(), ',');
-    EXPECT_EQ(SetDecimalSeparator('\''), ',');
-    EXPECT_EQ(SetDecimalSeparator(0), '\'');
-    EXPECT_EQ(GetDecimalSeparator(), '.');
+    EXPECT_TRUE(SetDecimalSeparator('\'') == ',' && SetDecimalSeparator(0) == '\'' && GetDecimalSeparator() == '.');
 }
 
 TEST(DecimalSeparator, LocaleAnswers) {
-    const struct {
-        const char* pinned;
-        char expected;
-    } cases[] = {
+    const struct { const char* pinned; char expected; } cases[] = {
         {",", ','}, {"ab", '.'},  // two or three characters: "." stands in
         {"abc", '.'}, {"abcd", 0},  // does not fit the 4-char buffer: the read fails, NUL
         {"", 0},
@@ -36,28 +31,23 @@ TEST(DecimalSeparator, LocaleAnswers) {
     }
 }
 
-// The digit counts are cached for the whole process, so this is the only test in the
-// program that reads them: it walks through the first reads, a failed read and the cache.
+// The counts are cached per process, so this is the only test that reads them.
 TEST(DigitsAfterDecimal, ReadOncePerGroupAndCached) {
     ScopedNumberSettings settings;
     qmtest::RecordingAssertSink sink;
-
     settings.Pin(LOCALE_IDIGITS, "123");  // too long for the 3-char buffer: the read fails
     EXPECT_EQ(GetNumOfDigitAfterDec(roNUMBERS), 2);
     settings.Pin(LOCALE_IDIGITS, "3");  // a failed read was not cached
     EXPECT_EQ(GetNumOfDigitAfterDec(roNUMBERS), 3);
     settings.Pin(LOCALE_IDIGITS, "1");  // now cached: a later change is not seen
     EXPECT_EQ(GetNumOfDigitAfterDec(roNUMBERS), 3);
-
     settings.Pin(LOCALE_ICURRDIGITS, "0");  // the other group has its own entry
     EXPECT_EQ(GetNumOfDigitAfterDec(roCURRENCY), 0);
     settings.Pin(LOCALE_ICURRDIGITS, "4");
     EXPECT_EQ(GetNumOfDigitAfterDec(roCURRENCY), 0);
     EXPECT_EQ(GetNumOfDigitAfterDec(roNUMBERS), 3);
     EXPECT_TRUE(sink.Reports().empty());
-
-    EXPECT_EQ(GetNumOfDigitAfterDec((eREG_OPT_GROUP)2), 2);
-    EXPECT_EQ(GetNumOfDigitAfterDec((eREG_OPT_GROUP)-1), 2);
+    EXPECT_TRUE(GetNumOfDigitAfterDec((eREG_OPT_GROUP)2) == 2 && GetNumOfDigitAfterDec((eREG_OPT_GROUP)-1) == 2);
     ASSERT_EQ(sink.Reports().size(), 2u);
     EXPECT_EQ(sink.Reports()[0].expression, "eRegOptGroup == roNUMBERS || eRegOptGroup == roCURRENCY");
     EXPECT_EQ(sink.Reports()[0].module, "Common\\utils");

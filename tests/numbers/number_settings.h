@@ -1,5 +1,4 @@
-// Scoped settings for the number tests: a decimal-separator override and pinned locale items
-// that are put back (override removed, en-US pins restored) when the scope ends.
+// A decimal-separator override and pinned locale items, put back when the scope ends.
 #pragma once
 
 #include "utils/common/utils_numbers.h"

@@ -1,7 +1,5 @@
-// Real numbers: fixed-decimal text, runtime-style significant-digit text, parsing, the strict
-// validator and the two rounding helpers.
+// Real numbers: fixed and significant-digit text, parsing, the validator, rounding.
 #include <gtest/gtest.h>
-
 #include <bit>
 #include <climits>
 #include <cmath>
@@ -15,27 +13,22 @@ namespace {
 
 using numtest::ScopedNumberSettings;
 
-struct Double2StrCase {
-    double value;
-    int decimals;
-    const char* expected;
-};
+const double kInf = std::numeric_limits<double>::infinity();
 
+struct FltCase { double value; int digits; const char* expected; };
+
+// No leading zero; the separator even without decimals; cut, not rounded (1.15 is stored just
+// below itself); large values written in full.
 TEST(Double2Str, FixedDecimalsCutNotRounded) {
-    const Double2StrCase cases[] = {
-        {-0.0, 3, "0"},   {-0.25, 2, "-.25"},  // no leading zero
-        {5.0, 0, "5."},   {2.99, 1, "2.9"},    // the separator even without decimals; cut, not rounded
-        {1.15, 2, "1.14"}, {12.05, 2, "12.05"}, {1.0, 3, "1.000"},  // 1.15 is stored just below itself
-        {2147483647.25, 2, "2147483647.25"}, {4294967296.5, 1, "4294967296.5"},  // written in full
-        {-1e20, 0, "-100000000000000000000."},
-        {std::numeric_limits<double>::infinity(), 1, "inf"}, {-std::numeric_limits<double>::infinity(), 1, "-inf"},
-        {std::numeric_limits<double>::quiet_NaN(), 1, "nan"},
+    const FltCase cases[] = {
+        {-0.0, 3, "0"}, {-0.25, 2, "-.25"}, {5.0, 0, "5."}, {2.99, 1, "2.9"}, {1.15, 2, "1.14"}, {12.05, 2, "12.05"},
+        {1.0, 3, "1.000"}, {2147483647.25, 2, "2147483647.25"}, {4294967296.5, 1, "4294967296.5"},
+        {-1e20, 0, "-100000000000000000000."}, {kInf, 1, "inf"}, {-kInf, 1, "-inf"}, {std::nan(""), 1, "nan"},
     };
-    for (const Double2StrCase& c : cases) {
+    for (const FltCase& c : cases) {
         CString out = "stale";
-        CString& ret = Double2Str(c.value, out, c.decimals);
-        EXPECT_EQ(&ret, &out);
-        EXPECT_EQ(out, c.expected) << c.value << " with " << c.decimals;
+        EXPECT_EQ(&Double2Str(c.value, out, c.digits), &out);
+        EXPECT_EQ(out, c.expected) << c.value << " with " << c.digits;
     }
 }
 
@@ -46,22 +39,10 @@ TEST(Double2Str, TooManyDecimalsIsReportedAndStillFormatted) {
     EXPECT_TRUE(sink.Reports().empty());
     Double2Str(1.123456, out, 5);
     ASSERT_EQ(sink.Reports().size(), 1u);
-    EXPECT_EQ(sink.Reports()[0].expression, "Decimals < 5");
-    EXPECT_EQ(sink.Reports()[0].module, "Common\\utils");
-    EXPECT_EQ(out, "1.12345");
-    Double2Str(0.5, out, 40);  // cut to 9 decimals rather than overflowing the digit count
-    EXPECT_EQ(out, ".500000000");
-    Double2Str(2.5, out, -3);
-    EXPECT_EQ(out, "2.");
+    EXPECT_EQ(sink.Reports()[0].expression + sink.Reports()[0].module + out.str(), "Decimals < 5Common\\utils1.12345");
+    EXPECT_EQ(Double2Str(0.5, out, 40), ".500000000");  // cut to 9 decimals rather than overflowing
+    EXPECT_EQ(Double2Str(2.5, out, -3), "2.");
 }
-
-const double kInf = std::numeric_limits<double>::infinity();
-
-struct FltCase {
-    double value;
-    int digits;
-    const char* expected;
-};
 
 // The Windows runtime's _gcvt rules, identical on every target.
 TEST(Fltstr, RuntimeSignificantDigitForm) {
@@ -83,61 +64,41 @@ TEST(Fltstr, RuntimeSignificantDigitForm) {
     };
     for (const FltCase& c : cases) {
         CString out = "stale";
-        CString& ret = fltstr(c.value, c.digits, out);
-        EXPECT_EQ(&ret, &out);
+        EXPECT_EQ(&fltstr(c.value, c.digits, out), &out);
         EXPECT_EQ(out, c.expected) << c.value << " with " << c.digits;
     }
 }
 
 TEST(Fltstr, FormatGcvtNeedsRoomForTheTerminator) {
     char small[7];
-    EXPECT_EQ(qm::FormatGcvt(123.25, 5, small, 6), 34);
-    EXPECT_STREQ(small, "");
+    EXPECT_TRUE(qm::FormatGcvt(123.25, 5, small, 6) == 34 && !*small);
     EXPECT_EQ(qm::FormatGcvt(123.25, 5, small, 7), 0);  // "123.25" fits 7 with its NUL
     EXPECT_STREQ(small, "123.25");
 }
 
 const double kInvalid = std::bit_cast<double>(0x0010000000000000ull);
 
-struct ParseCase {
-    const char* text;
-    double value;  // kInvalid for the sentinel
-    int decimals;
-};
+struct ParseCase { const char* text; double value; int decimals; };  // kInvalid for the sentinel
 
 TEST(StrToDouble, ParsesPlainNumbersAndCountsEverythingAfterThePointAsDecimals) {
     const ParseCase cases[] = {
-        {"$12.50", 12.5, 2},
-        {"12.5 ", 12.5, 2},     // the trailing blank counts as a decimal
-        {"12.50$", 12.5, 3},    // so does a removed trailing currency mark
-        {"  1.5", 1.5, 3},      // blanks around the text count, the leading ones too
-        {"\t7.0\n", 7.0, 3},
-        {" $1.25 ", 1.25, 4},   // ... but a removed leading currency mark does not
-        {"$ 12.50", 12.5, 2},   // blanks after a leading mark are skipped by the parser
-        {"?\t-3", -3.0, 0}, {".5", 0.5, 1},  {"5.", 5.0, 0},  {"+4", 4.0, 0},  {"1.5e2", 150.0, 3},
-        {"1e999", HUGE_VAL, 0}, {"-1e999", -HUGE_VAL, 0}, {"1e-999", 0.0, 0},
-        {"", kInvalid, 0},  {"   ", kInvalid, 0}, {"$", kInvalid, 0},
-        {"$12$", kInvalid, 0},  // only one currency mark is removed
-        {"12abc", kInvalid, 0}, {"1 2", kInvalid, 0}, {"0x10", kInvalid, 0}, {"inf", kInvalid, 0},
-        {"1,5", kInvalid, 0},   {"-", kInvalid, 0},   {"e5", kInvalid, 0},
+        // Blanks around the text and a removed trailing mark count as decimals, a leading mark does not.
+        {"$12.50", 12.5, 2}, {"12.5 ", 12.5, 2}, {"12.50$", 12.5, 3}, {"  1.5", 1.5, 3}, {"\t7.0\n", 7.0, 3},
+        {" $1.25 ", 1.25, 4}, {"$ 12.50", 12.5, 2},
+        {"?\t-3", -3.0, 0}, {".5", 0.5, 1}, {"5.", 5.0, 0}, {"+4", 4.0, 0}, {"1.5e2", 150.0, 3}, {"1e999", HUGE_VAL, 0},
+        {"-1e999", -HUGE_VAL, 0}, {"1e-999", 0.0, 0}, {"", kInvalid, 0}, {"   ", kInvalid, 0}, {"$", kInvalid, 0},
+        {"$12$", kInvalid, 0}, {"12abc", kInvalid, 0}, {"1 2", kInvalid, 0}, {"0x10", kInvalid, 0},  // one mark removed
+        {"inf", kInvalid, 0}, {"1,5", kInvalid, 0}, {"-", kInvalid, 0}, {"e5", kInvalid, 0},
     };
     for (const ParseCase& c : cases) {
         int decimals = -7;
-        double v = StrToDouble(c.text, decimals);
-        if (c.value == kInvalid)
-            EXPECT_EQ(std::bit_cast<std::uint64_t>(v), 0x0010000000000000ull) << c.text;
-        else
-            EXPECT_EQ(v, c.value) << c.text;
+        const double v = StrToDouble(c.text, decimals);
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(v), std::bit_cast<std::uint64_t>(c.value)) << c.text;
         EXPECT_EQ(decimals, c.decimals) << c.text;
     }
 }
 
-struct ValidCase {
-    const char* text;
-    int intDigits;
-    int fracDigits;
-    bool valid;
-};
+struct ValidCase { const char* text; int intDigits; int fracDigits; bool valid; };
 
 TEST(IsValidDouble, BudgetsDigitsBeforeAndAfterTheSeparator) {
     const ValidCase cases[] = {
@@ -154,24 +115,19 @@ TEST(IsValidDouble, BudgetsDigitsBeforeAndAfterTheSeparator) {
     EXPECT_NE(IsValidDouble(nullptr, 2, 2), 0);
 }
 
-// Writing and reading use the override, else the locale's separator when it is one character;
-// reading also understands ".".
+// The override, else a one-character locale separator; reading also understands ".".
 TEST(DecimalSeparator, WritersAndReadersFollowTheOverrideThenTheLocale) {
     ScopedNumberSettings settings;
     CString out;
     int decimals = 0;
     settings.Pin(LOCALE_SDECIMAL, ",");
     EXPECT_EQ(Double2Str(1.5, out, 1), "1,5");
-    EXPECT_EQ(StrToDouble("2,25", decimals), 2.25);
-    EXPECT_EQ(decimals, 2);
-    EXPECT_EQ(StrToDouble("2.5", decimals), 2.5);
+    EXPECT_TRUE(StrToDouble("2,25", decimals) == 2.25 && decimals == 2 && StrToDouble("2.5", decimals) == 2.5);
     settings.Override(';');
     EXPECT_EQ(Double2Str(1.5, out, 1), "1;5");
     EXPECT_EQ(StrToDouble("3;5", decimals), 3.5);
     EXPECT_EQ(StrToDouble("3,5", decimals), kInvalid);  // the override wins over the locale
-    EXPECT_NE(IsValidDouble("1;5", 2, 1), 0);
-    EXPECT_NE(IsValidDouble("1.5", 2, 1), 0);
-    EXPECT_EQ(IsValidDouble("1;5.2", 5, 3), 0);  // two separators
+    EXPECT_TRUE(IsValidDouble("1;5", 2, 1) && IsValidDouble("1.5", 2, 1) && !IsValidDouble("1;5.2", 5, 3));
     settings.Override(0);
     settings.Pin(LOCALE_SDECIMAL, "ab");  // longer than one character
     EXPECT_EQ(Double2Str(1.5, out, 1), "1.5");
@@ -180,10 +136,7 @@ TEST(DecimalSeparator, WritersAndReadersFollowTheOverrideThenTheLocale) {
 }
 
 TEST(Round, HalvesGoUp) {
-    const struct {
-        double x;
-        int expected;
-    } cases[] = {
+    const struct { double x; int expected; } cases[] = {
         {2.5, 3}, {-2.5, -2}, {2.4999, 2}, {-2.6, -3}, {-0.5, 0}, {2147483647.4, 2147483647},
         // Beyond 32 bits: the x86 conversion's 0x80000000.
         {1e10, INT32_MIN}, {-1e10, INT32_MIN},
@@ -193,11 +146,7 @@ TEST(Round, HalvesGoUp) {
 }
 
 TEST(Round, SinglePrecisionDecimalsCutNegativesTowardZero) {
-    const struct {
-        float x;
-        int decimals;
-        float expected;
-    } cases[] = {
+    const struct { float x; int decimals; float expected; } cases[] = {
         {1.25f, 1, 13.0f / 10.0f}, {-1.7f, 0, -1.0f}, {-1.25f, 1, -12.0f / 10.0f},  // negatives are cut
         {2.5f, 0, 3.0f}, {0.125f, 2, 13.0f / 10.0f / 10.0f}, {2.6f, -1, 3.0f},  // a negative count scales by nothing
         // A huge count overflows to infinity (or stays 0) and answers at once.

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-
 #include <climits>
 #include <cstdint>
 #include <iterator>
@@ -18,12 +17,10 @@ using Bytes = std::vector<BYTE>;
 template <typename Fn>
 Bytes Store(Fn fn) {
     CMemFile file;
-    {
-        CArchive ar(&file, CArchive::store);
-        fn(ar);
-        ar.Close();
-    }
-    ULONGLONG n = file.GetLength();
+    CArchive ar(&file, CArchive::store);
+    fn(ar);
+    ar.Close();
+    const ULONGLONG n = file.GetLength();
     BYTE* block = file.Detach();
     Bytes out(block, block + n);
     free(block);
@@ -40,9 +37,8 @@ ULONGLONG Load(Bytes bytes, Fn fn) {
     return file.GetPosition();
 }
 
-// The record model: one tag byte with two bits per field (0: the value is 0, 1: one byte,
-// 2: two bytes, 3: four bytes; first field in the low bits), then each value little-endian in
-// the smallest width that holds it signed.
+// A tag byte with two bits per field (0, 1, 2 or 4 bytes; first field low), then each value
+// little-endian in the smallest signed width.
 Bytes Model(const std::vector<std::int32_t>& fields) {
     Bytes out{0};
     for (size_t i = 0; i < fields.size(); ++i) {
@@ -55,8 +51,7 @@ Bytes Model(const std::vector<std::int32_t>& fields) {
     return out;
 }
 
-// Values around each width boundary and anywhere, as points, sizes and rectangles, stored
-// one after another and read back in sequence.
+// Values near each width boundary and anywhere, stored in sequence and read back.
 TEST(CompactRecord, RecordsMatchTheModelAndRoundTripInSequence) {
     std::mt19937 rng(20261122);
     const std::int32_t edges[] = {0, 1, -1, 127, -128, 128, -129, 32767, -32768, 32768, -32769, INT_MAX, INT_MIN};
@@ -97,9 +92,7 @@ TEST(CompactRecord, RecordsMatchTheModelAndRoundTripInSequence) {
             SmartSerializeRect(ar, rc);
             SmartSerializePoint(ar, pt);
             SmartSerializeSize(ar, w, h);
-            ASSERT_EQ(rc, rects[(size_t)i]) << i;
-            ASSERT_EQ(pt, points[(size_t)i]) << i;
-            ASSERT_EQ(std::make_pair(w, h), sizes[(size_t)i]) << i;
+            ASSERT_TRUE(rc == rects[(size_t)i] && pt == points[(size_t)i] && std::make_pair(w, h) == sizes[(size_t)i]) << i;
         }
     });
     EXPECT_EQ(used, bytes.size());
@@ -110,17 +103,10 @@ TEST(CompactRecord, TagBitsBeyondTheFieldsAreIgnored) {
     CRect rc(5, 5, 5, 5);
     EXPECT_EQ(Load({0xC0, 0x01, 0x00, 0x01, 0x00}, [&](CArchive& ar) { SmartSerializeRect(ar, rc); }), 5u);
     EXPECT_EQ(rc, CRect(0, 0, 0, 0x10001));
-
-    // The same byte read for a point: both fields 0, the high bits unused, one byte consumed,
-    // so the next record starts right after it.
+    // For a point both fields are 0 and the next record starts right after the tag.
     CPoint pt(3, 3), next;
-    EXPECT_EQ(Load({0xC0, 0x01, 0x7F}, [&](CArchive& ar) {
-                  SmartSerializePoint(ar, pt);
-                  SmartSerializePoint(ar, next);
-              }),
-              3u);
-    EXPECT_EQ(pt, CPoint(0, 0));
-    EXPECT_EQ(next, CPoint(127, 0));
+    EXPECT_EQ(Load({0xC0, 0x01, 0x7F}, [&](CArchive& ar) { SmartSerializePoint(ar, pt), SmartSerializePoint(ar, next); }), 3u);
+    EXPECT_TRUE(pt == CPoint(0, 0) && next == CPoint(127, 0));
 }
 
 TEST(CompactRecord, TruncatedRecordThrowsAndKeepsTheFieldsReadSoFar) {
@@ -154,8 +140,7 @@ TEST(CompactRecord, WideLongStoresItsLow32Bits) {
     EXPECT_EQ(Store([&](CArchive& ar) { SmartSerializeSize(ar, w, h); }), (Bytes{0x05, 0x05, 0xFE}));
 }
 
-// Loading is chosen by the archive's mode; reading from a storing archive or writing to a
-// loading one is what fails.
+// Reading from a storing archive or writing to a loading one fails.
 TEST(CompactRecord, WrongDirectionRaisesTheArchiveException) {
     CMemFile file;
     CArchive storing(&file, CArchive::store);

@@ -1,6 +1,4 @@
-// Entry point of every test program: the locale is pinned to en-US so that the same
-// assertions hold on every machine and target; a test that needs other settings pins them
-// itself and restores these afterwards.
+// Entry point of every test program: the locale is pinned to en-US on every machine.
 #include <gtest/gtest.h>
 
 #include "utils/platform/locale.h"

@@ -1,5 +1,4 @@
-// Test helpers: capture what the library reports through its assertion and trace sinks, and
-// pin the locale and resource settings that would otherwise come from the machine.
+// Test helpers: capture what the library reports through its assertion and trace sinks.
 #pragma once
 
 #include <string>
@@ -10,11 +9,7 @@
 
 namespace qmtest {
 
-struct AssertReport {
-    std::string expression;
-    std::string module;
-    int line;
-};
+struct AssertReport { std::string expression; std::string module; int line; };
 
 // Installs a recording assertion sink for its lifetime (and restores the previous one).
 class RecordingAssertSink {

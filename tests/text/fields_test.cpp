@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
@@ -11,12 +10,10 @@ namespace {
 TEST(MergeFieldIntoText, Cases) {
     struct Case { const char* text; const char* marker; const char* value; const char* out; };
     const Case cases[] = {
-        {"Dear @1,", "@1", "Ann", "Dear Ann,"},
-        {"{@1}", "@1", "Ann", "Ann"},                     // braces around a plain marker go
+        {"Dear @1,", "@1", "Ann", "Dear Ann,"}, {"{@1}", "@1", "Ann", "Ann"},  // braces around a plain marker go
         {"@1 and @1", "@1", "Ann", "Ann and Ann"},
         {"@1 x", "@1", "@1@1", "@1@1 x"},                 // the value is not scanned again
-        {"@10", "@1", "Ann", "Ann0"},
-        {"x{NAME}}y", "{name}", "Ann", "xAnny"},          // case ignored; one "}" after it consumed
+        {"@10", "@1", "Ann", "Ann0"}, {"x{NAME}}y", "{name}", "Ann", "xAnny"},  // case ignored; one "}" after it consumed
         {"[{name     }]", "{name", "Ann", "[Ann  ]"},     // five reserved, three used
         {"[{name }]", "{name", "Annabelle", "[Annabelle]"},
         {"[{name x}]", "{name", "Ann", "[{name x}]"},     // no "}" after the spaces: not a field
@@ -24,8 +21,7 @@ TEST(MergeFieldIntoText, Cases) {
         {"[{name     }]", "{name", "\x01" "bold\x02" "Ann", "[\x01" "bold\x02" "Ann  ]"},  // runs are not width
         {"[{name     }]", "{name", "Ann\x17", "[Ann  ]"},  // a final line mark is neither written nor width
         {"[{name   }]", "{name", "x\x01\x17", "[x\x01  ]"},  // ...also when an unclosed run holds it
-        {"a\x17" "b", "@1", "Ann", "a\x17" "b"},
-        {"{", "{", "Ann", "Ann"},                         // a lone "{" is a plain marker
+        {"a\x17" "b", "@1", "Ann", "a\x17" "b"}, {"{", "{", "Ann", "Ann"},  // a lone "{" is a plain marker
     };
     for (const Case& c : cases) {
         CString text(c.text);
@@ -37,8 +33,7 @@ TEST(MergeFieldIntoText, Cases) {
 TEST(MergeFieldIntoText, BlankValueRemovesTheFieldWithBracesAndPadding) {
     struct Case { const char* text; const char* marker; const char* out; };
     const Case cases[] = {
-        {"a {@1} b", "@1", "a  b"},
-        {"[{name    }]", "{name", "[]"},
+        {"a {@1} b", "@1", "a  b"}, {"[{name    }]", "{name", "[]"},
         {"[{name x}]", "{name", "[{name x}]"},  // still not a field
     };
     for (const char* blank : {"", "  \t", "\x17", " \x01" "cmd\x02\x17", "\x01" "unclosed"}) {
@@ -51,8 +46,7 @@ TEST(MergeFieldIntoText, BlankValueRemovesTheFieldWithBracesAndPadding) {
     qmtest::RecordingAssertSink sink;  // an empty marker is refused
     CString text("abc");
     MergeFieldIntoText(text, "", "x");
-    EXPECT_EQ(text, "abc");
-    EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"!marker.IsEmpty()"});
+    EXPECT_TRUE(text == "abc" && sink.Expressions() == std::vector<std::string>{"!marker.IsEmpty()"});
 }
 
 TEST(ReplaceFields, FillsNumberedMarkersFromTheLinesAfterTheName) {
@@ -80,12 +74,10 @@ TEST(ReplaceFields, AtMostNineValuesAndNothingForEmptyInput) {
     CString out("@9 @1");
     ReplaceFields("n", text.c_str(), out);
     EXPECT_EQ(out, "v9 v1");
-
     // A value whose end is exactly where the name occurs again is not taken.
     CString atLimit("@1");
     ReplaceFields("\x17N", "\x17N\nA\x17N", atLimit);
     EXPECT_EQ(atLimit, "@1");
-
     CString empty;
     ReplaceFields("n", text.c_str(), empty);
     EXPECT_EQ(empty, "");

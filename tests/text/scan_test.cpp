@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-
 #include <random>
 #include <string>
 #include <vector>
@@ -25,9 +24,7 @@ long ModelInString(const std::string& pattern, const std::string& text) {
 }
 
 TEST(InString, AgreesWithPlainSearch) {
-    // Fixed cases first: empty pattern or text, a text ending inside a partial match, a failed
-    // candidate before the real one, non-letters compared exactly ('{' is not '[' upper-cased)
-    // and bytes above ASCII without case; then random texts.
+    // Fixed cases first ('{' is not '[' upper-cased; no case above ASCII), then random texts.
     const char* fixed[][2] = {{"AB", "xxaBc"}, {"", "x"}, {"a", ""}, {"", ""}, {"abc", "ab"},
                               {"ab", "aab"}, {"[", "a{["}, {"\xE9", "\xC9\xE9"}, {"Zz", "azZZz"}};
     std::mt19937 rng(11);
@@ -43,8 +40,7 @@ TEST(InString, AgreesWithPlainSearch) {
         EXPECT_EQ(Off(InString(pattern.c_str(), text.c_str()), text.c_str()), ModelInString(pattern, text))
             << "[" << pattern << "] in [" << text << "]";
     }
-    EXPECT_EQ(InString(nullptr, "abc"), nullptr);
-    EXPECT_EQ(InString("a", nullptr), nullptr);
+    EXPECT_TRUE(InString(nullptr, "abc") == nullptr && InString("a", nullptr) == nullptr);
 }
 
 TEST(InString, AgreesWithPlainSearchAcrossChunkBoundaries) {
@@ -62,18 +58,13 @@ TEST(InString, AgreesWithPlainSearchAcrossChunkBoundaries) {
 
 TEST(InStringSkipCommands, SkipsRunsBeforeAndInsideMatches) {
     struct Case { const char* pattern; const char* text; long expected; };
-    const Case cases[] = {
-        {"ab", "a\x01" "bx\x02" "b", 0},      // a match spanning a run
-        {"ab", "\x01" "ab\x02" "aB", 4},      // a match inside a run is not text
-        {"ab", "\x01\x02\x01z\x02" "ab", 5},  // consecutive runs before the start
-        {"ab", "a\x01\x02\x01\x02" "b", 0},   // consecutive runs inside the match
-        {"", "\x01q\x02" "z", 3},             // an empty pattern lands on the first text byte
-        {"a", "\x01q\x02", -1},
+    const Case cases[] = {  // runs skipped inside a match and before it; a match inside a run is not text
+        {"ab", "a\x01" "bx\x02" "b", 0}, {"ab", "\x01" "ab\x02" "aB", 4}, {"ab", "\x01\x02\x01z\x02" "ab", 5},
+        {"ab", "a\x01\x02\x01\x02" "b", 0}, {"", "\x01q\x02" "z", 3}, {"a", "\x01q\x02", -1},
     };
     for (const Case& c : cases)
         EXPECT_EQ(Off(InStringSkipCommands(c.pattern, c.text), c.text), c.expected) << c.text;
-    EXPECT_EQ(InStringSkipCommands("a", ""), nullptr);
-    EXPECT_EQ(InStringSkipCommands(nullptr, "a"), nullptr);
+    EXPECT_TRUE(InStringSkipCommands("a", "") == nullptr && InStringSkipCommands(nullptr, "a") == nullptr);
     qmtest::RecordingAssertSink sink;  // an unclosed run is reported and ends the search
     EXPECT_EQ(InStringSkipCommands("b", "xy\x01" "b"), nullptr);
     EXPECT_EQ(InStringSkipCommands("ab", "xxa\x01" "b"), nullptr);
@@ -82,12 +73,9 @@ TEST(InStringSkipCommands, SkipsRunsBeforeAndInsideMatches) {
 
 TEST(RemoveComments, DropsCommentsOutsideQuotes) {
     struct Case { const char* in; const char* out; };
-    const Case cases[] = {
-        {"jd (Jane) \"a (b)\"", "jd  \"a (b)\""},
-        {"a (b (c) d) e", "a  e"},                // nested comments
-        {"a) b", "a) b"},                         // a stray ')' at depth 0 is kept
-        {"(open \"q\" never closed", ""},         // quotes inside a comment are dropped
-        {"\"(x\" (y) z", "\"(x\"  z"}, {"  \t x  ", "x"}, {"", ""},
+    const Case cases[] = {  // nested; a stray ')' kept; quotes inside a comment dropped
+        {"jd (Jane) \"a (b)\"", "jd  \"a (b)\""}, {"a (b (c) d) e", "a  e"}, {"a) b", "a) b"},
+        {"(open \"q\" never closed", ""}, {"\"(x\" (y) z", "\"(x\"  z"}, {"  \t x  ", "x"}, {"", ""},
     };
     for (const Case& c : cases) EXPECT_EQ(RemoveComments(c.in), c.out) << c.in;
     EXPECT_EQ(RemoveComments(nullptr), "");
@@ -98,14 +86,12 @@ TEST(Tokens, GetTokenGetStrUpToAndNthToken) {
     CString token;
     EXPECT_TRUE(GetToken(&p, token) && token == "one" && *p == '\t');
     EXPECT_TRUE(GetToken(&p, token) && token == "a\x17" "b");
-    EXPECT_FALSE(GetToken(&p, token));
-    EXPECT_TRUE(token.IsEmpty() && *p == '\0');
+    EXPECT_TRUE(!GetToken(&p, token) && token.IsEmpty() && *p == '\0');
     const char* none = nullptr;
     EXPECT_FALSE(GetToken(&none, token) || GetToken(nullptr, token));
     p = "key=value";
     EXPECT_EQ(GetStrUpTo(p, '=', token), "key");
-    EXPECT_EQ(GetStrUpTo(p, '=', token), "");  // already on it: nothing taken, no move
-    EXPECT_EQ(*p++, '=');
+    EXPECT_TRUE(GetStrUpTo(p, '=', token) == "" && *p++ == '=');  // already on it: nothing taken, no move
     EXPECT_EQ(GetStrUpTo(p, ';', token), "value");
     // nth_token_cpy counts from one and leaves the token alone for n < 1.
     CString src = " a  b\tc ";
@@ -113,8 +99,7 @@ TEST(Tokens, GetTokenGetStrUpToAndNthToken) {
     const Case cases[] = {{1, "a", 1}, {3, "c", 1}, {4, "", 0}, {0, "keep", 1}, {-1, "keep", 1}};
     for (const Case& c : cases) {
         CString t = "keep";
-        EXPECT_EQ(nth_token_cpy(t, src, c.n), c.result) << c.n;
-        EXPECT_EQ(t, c.expected) << c.n;
+        EXPECT_TRUE(nth_token_cpy(t, src, c.n) == c.result && t == c.expected) << c.n;
     }
 }
 
@@ -136,8 +121,7 @@ TEST(TrimEdges, OnlySpacesAndAnEmbeddedNulIsReportedAndKept) {
     qmtest::RecordingAssertSink sink;
     CString s(" a\0b ", 5);
     TrimEdges(s);
-    EXPECT_EQ(s.str(), std::string("a\0b", 3));
-    EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"*ptr == 0"});
+    EXPECT_TRUE(s.str() == std::string("a\0b", 3) && sink.Expressions() == std::vector<std::string>{"*ptr == 0"});
 }
 
 TEST(LineEnds, RemoveEmptyLinesReplaceEolInsureEol) {
@@ -151,27 +135,14 @@ TEST(LineEnds, RemoveEmptyLinesReplaceEolInsureEol) {
         RemoveEmptyLines(a);
         ReplaceEOLAndNL(b);
         InsureEolAtEnd(d);
-        EXPECT_EQ(a, c.removed);
-        EXPECT_EQ(b, c.doubled);
-        EXPECT_EQ(d, c.ensured);
+        EXPECT_EQ(a + "|" + b + "|" + d, CString(c.removed) + "|" + c.doubled + "|" + c.ensured) << c.in;
     }
-}
-
-TEST(WordCount, CountsWordEnds) {
-    struct Case { const char* in; int expected; };
-    const Case cases[] = {{"  two words ", 2}, {"", 0}, {"one", 1}, {"a\tb\nc\rd\ve\ff", 6}, {"   ", 0}, {"x\x01y", 1}};
-    for (const Case& c : cases) EXPECT_EQ(WordCount(c.in), c.expected) << c.in;
-    EXPECT_EQ(WordCount(nullptr), 0);
 }
 
 TEST(CenterText, PadsHalfTheSpareWidth) {
     struct Case { const char* in; int width; int charWidth; const char* out; };
-    const Case cases[] = {
-        {"ab", 10, 2, "   ab"},  // (10 - 4) / 2 = 3
-        {"ab", 9, 2, "  ab"},    // (9 - 4) / 2 = 2, rounded toward zero
-        {"ab", 1, 2, "ab"},      // negative spare width: no padding
-        {"", 4, 7, "  "},
-        {"abc", 2147483647, 1073741824, "abc"},  // the product overflows 32 bits: still no padding
+    const Case cases[] = {  // spare width halved toward zero; none if negative, also when the product overflows
+        {"ab", 10, 2, "   ab"}, {"ab", 9, 2, "  ab"}, {"ab", 1, 2, "ab"}, {"", 4, 7, "  "}, {"abc", 2147483647, 1073741824, "abc"},
     };
     for (const Case& c : cases) {
         CString s(c.in);
@@ -180,20 +151,22 @@ TEST(CenterText, PadsHalfTheSpareWidth) {
     }
 }
 
-TEST(GetAcceleratorPos, SkipsEscapedAndTrailingAmpersands) {
-    struct Case { const char* in; int expected; };
+TEST(Counts, WordEndsAndAcceleratorPosition) {
+    struct Case { int (*count)(const char*); const char* in; int expected; };
+    auto words = [](const char* s) { return WordCount(s); };
+    auto accel = [](const char* s) { return GetAcceleratorPos(s); };  // escaped and trailing "&" skipped
     const Case cases[] = {
-        {"Save && &Exit", 9}, {"A&&B", -1}, {"&File", 1}, {"&&&x", 3}, {"x&", -1}, {"", -1}, {"a&&", -1}, {"&&&", -1},
+        {words, "  two words ", 2}, {words, "", 0}, {words, "one", 1}, {words, "a\tb\nc\rd\ve\ff", 6}, {words, "   ", 0},
+        {words, "x\x01y", 1}, {words, nullptr, 0}, {accel, "Save && &Exit", 9}, {accel, "A&&B", -1}, {accel, "&File", 1},
+        {accel, "&&&x", 3}, {accel, "x&", -1}, {accel, "", -1}, {accel, "a&&", -1}, {accel, "&&&", -1},
     };
-    for (const Case& c : cases) EXPECT_EQ(GetAcceleratorPos(c.in), c.expected) << c.in;
+    for (const Case& c : cases) EXPECT_EQ(c.count(c.in), c.expected) << (c.in ? c.in : "null");
 }
 
 TEST(ValidMutexName, LowersAndReplacesBackslashes) {
     struct Case { const char* in; const char* out; };
-    const Case cases[] = {
-        {"Global\\My", "global|my"}, {"A\\\\B|c", "a||b|c"},
-        {"\xC0\xD7\xDE\xDF\x8A\x9F", "\xE0\xD7\xFE\xDF\x9A\xFF"},  // Western code page letters
-    };
+    const Case cases[] = {{"Global\\My", "global|my"}, {"A\\\\B|c", "a||b|c"},
+                          {"\xC0\xD7\xDE\xDF\x8A\x9F", "\xE0\xD7\xFE\xDF\x9A\xFF"}};  // Western code page letters
     qmtest::RecordingAssertSink sink;
     for (const Case& c : cases) {
         CString s(c.in);
@@ -202,8 +175,7 @@ TEST(ValidMutexName, LowersAndReplacesBackslashes) {
     }
     CString withNul("A\\\0B\xC0", 5);  // bytes after a NUL are lowered too
     ValidMutexName(withNul);
-    EXPECT_EQ(withNul.str(), std::string("a|\0b\xE0", 5));
-    EXPECT_TRUE(sink.Expressions().empty());
+    EXPECT_TRUE(withNul.str() == std::string("a|\0b\xE0", 5) && sink.Expressions().empty());
     CString empty;
     ValidMutexName(empty);
     EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"!mutex_name.IsEmpty()"});
@@ -213,8 +185,7 @@ TEST(CursorScanners, StopWhereTheirClassEnds) {
     using Scanner = void (*)(const char*&);
     struct Case { Scanner scan; const char* name; const char* text; long stop; };
     const Case cases[] = {
-        {SkipSpaces, "SkipSpaces", " \t\v\f\r\nx", 6},
-        {SkipInvisible, "SkipInvisible", " \t\r\n\vx", 4},  // VT is visible here
+        {SkipSpaces, "SkipSpaces", " \t\v\f\r\nx", 6}, {SkipInvisible, "SkipInvisible", " \t\r\n\vx", 4},  // VT visible
         {SkipVisible, "SkipVisible", "ab\x17" "c\vd e", 6}, {SkipToDigit, "SkipToDigit", "ab\xB2" "c7", 4},
         {SkipToDigit, "SkipToDigit", "none", 4}, {SkipToEOL, "SkipToEOL", "ab\x17" "c", 2},
         {SkipToEOL, "SkipToEOL", "ab\nc", 2},
@@ -223,9 +194,8 @@ TEST(CursorScanners, StopWhereTheirClassEnds) {
         const char* p = c.text;
         c.scan(p);
         EXPECT_EQ(p - c.text, c.stop) << c.name << " on [" << c.text << "]";
-        const char* null = nullptr;
-        c.scan(null);
-        EXPECT_EQ(null, nullptr);
+        c.scan(p = nullptr);
+        EXPECT_EQ(p, nullptr);
     }
 }
 

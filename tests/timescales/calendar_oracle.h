@@ -1,5 +1,4 @@
-// An independent calendar for the time-scale tests: days are counted year by year and month
-// by month from 1 January 1601, with no shared formula with the library.
+// An independent calendar: days counted year by year and month by month from 1 January 1601.
 #pragma once
 
 #include <cstdint>
@@ -44,8 +43,7 @@ inline std::uint64_t Ticks(int y, int mo, int d, int h = 0, int mi = 0, int s = 
     return (std::uint64_t)SecondsSince1601(y, mo, d, h, mi, s) * 10000000ULL;
 }
 
-// The automation date of calendar fields: whole days since 30 December 1899, the time of day
-// added for days on or after it and subtracted before it.
+// Whole days since 30 December 1899, the time of day subtracted before it.
 inline double OleDate(int y, int mo, int d, int h = 0, int mi = 0, int s = 0) {
     long long days = DaysSince1601(y, mo, d) - DaysSince1601(1899, 12, 30);
     double tod = (h * 3600 + mi * 60 + s) / 86400.0;
