@@ -1,8 +1,9 @@
-// Types, flags and error codes of the Windows file, shell and network APIs, as the file-system
+// Types and flags of the Windows file, shell and network APIs, as the file-system
 // family uses them. On Windows they come from the system headers; elsewhere they are defined
 // here with the same names, layouts and values.
 #pragma once
 
+#include "utils/framework/winerrors.h"
 #include "utils/framework/wintypes.h"
 
 #if defined(_WIN32)
@@ -22,44 +23,6 @@
 #define FILE_ATTRIBUTE_NORMAL 0x00000080
 #define FILE_ATTRIBUTE_TEMPORARY 0x00000100
 #define FILE_ATTRIBUTE_REPARSE_POINT 0x00000400
-
-// System error codes (winerror.h).
-#define ERROR_SUCCESS 0L
-#define NO_ERROR 0L
-#define ERROR_INVALID_FUNCTION 1L
-#define ERROR_FILE_NOT_FOUND 2L
-#define ERROR_PATH_NOT_FOUND 3L
-#define ERROR_TOO_MANY_OPEN_FILES 4L
-#define ERROR_ACCESS_DENIED 5L
-#define ERROR_INVALID_HANDLE 6L
-#define ERROR_NOT_ENOUGH_MEMORY 8L
-#define ERROR_INVALID_DRIVE 15L
-#define ERROR_NOT_SAME_DEVICE 17L
-#define ERROR_NO_MORE_FILES 18L
-#define ERROR_WRITE_PROTECT 19L
-#define ERROR_SHARING_VIOLATION 32L
-#define ERROR_NOT_SUPPORTED 50L
-#define ERROR_BAD_NETPATH 53L
-#define ERROR_BAD_NET_NAME 67L
-#define ERROR_FILE_EXISTS 80L
-#define ERROR_ALREADY_ASSIGNED 85L
-#define ERROR_INVALID_PARAMETER 87L
-#define ERROR_BUFFER_OVERFLOW 111L
-#define ERROR_DISK_FULL 112L
-#define ERROR_INSUFFICIENT_BUFFER 122L
-#define ERROR_INVALID_NAME 123L
-#define ERROR_DIR_NOT_EMPTY 145L
-#define ERROR_BUSY 170L
-#define ERROR_ALREADY_EXISTS 183L
-#define ERROR_FILENAME_EXCED_RANGE 206L
-#define ERROR_MORE_DATA 234L
-#define ERROR_DIRECTORY 267L
-#define ERROR_CANT_RESOLVE_FILENAME 1921L
-#define ERROR_BAD_DEVICE 1200L
-#define ERROR_CONNECTION_UNAVAIL 1201L
-#define ERROR_NO_NET_OR_BAD_PATH 1203L
-#define ERROR_NO_NETWORK 1222L
-#define ERROR_NOT_CONNECTED 2250L
 
 struct WIN32_FIND_DATAA {
     DWORD dwFileAttributes;

@@ -4,6 +4,7 @@
 // tests call by their Windows names (they forward to the platform's message service).
 #pragma once
 
+#include "utils/framework/winerrors.h"
 #include "utils/framework/wintypes.h"
 #include "utils/module/export.h"
 
@@ -114,28 +115,6 @@ typedef void (*TIMERPROC)(HWND, UINT, UINT_PTR, DWORD);
 #define THREAD_PRIORITY_TIME_CRITICAL 15
 #define CREATE_SUSPENDED 0x00000004
 
-// System error codes that the message service reports (other headers may define them too).
-#ifndef ERROR_SUCCESS
-#define ERROR_SUCCESS 0L
-#endif
-#ifndef ERROR_ACCESS_DENIED
-#define ERROR_ACCESS_DENIED 5L
-#endif
-#ifndef ERROR_NOT_ENOUGH_MEMORY
-#define ERROR_NOT_ENOUGH_MEMORY 8L
-#endif
-#ifndef ERROR_INVALID_PARAMETER
-#define ERROR_INVALID_PARAMETER 87L
-#endif
-#ifndef ERROR_INVALID_WINDOW_HANDLE
-#define ERROR_INVALID_WINDOW_HANDLE 1400L
-#endif
-#ifndef ERROR_CANNOT_FIND_WND_CLASS
-#define ERROR_CANNOT_FIND_WND_CLASS 1407L
-#endif
-#ifndef ERROR_INVALID_THREAD_ID
-#define ERROR_INVALID_THREAD_ID 1444L
-#endif
 #ifndef HRESULT_FROM_WIN32
 #define HRESULT_FROM_WIN32(x) \
     ((HRESULT)(x) <= 0 ? ((HRESULT)(x)) : ((HRESULT)(((x) & 0x0000FFFF) | (7 << 16) | 0x80000000)))
