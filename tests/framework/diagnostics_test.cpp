@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <cstring>
 
 #include "tests/support/recording_sink.h"
 #include "utils/common/QMBase.h"
