@@ -25,17 +25,15 @@ std::string Fields(const COleDateTime& t) {
 }
 }  // namespace
 
-TEST(OleDateTime, KnownValues) {
+// Values between whole seconds; whole-second values are covered by the calendar round trip below.
+TEST(OleDateTime, ValuesRoundToTheNearestSecond) {
     struct Case { double value; int y, mo, d, h, mi, s; } cases[] = {
-        {0.0, 1899, 12, 30, 0, 0, 0},    {1.0, 1899, 12, 31, 0, 0, 0},   {2.0, 1900, 1, 1, 0, 0, 0},
-        {36526.0, 2000, 1, 1, 0, 0, 0},  {36526.5, 2000, 1, 1, 12, 0, 0}, {-1.0, 1899, 12, 29, 0, 0, 0},
-        {-1.25, 1899, 12, 29, 6, 0, 0},  {-0.5, 1899, 12, 30, 12, 0, 0}, {2958465.0, 9999, 12, 31, 0, 0, 0},
-        {-657434.0, 100, 1, 1, 0, 0, 0}, {41094.999997, 2012, 7, 5, 0, 0, 0},  // rounds to the next second
+        {0.0, 1899, 12, 30, 0, 0, 0}, {-0.5, 1899, 12, 30, 12, 0, 0},  // day 0 on both sides
+        {41094.999997, 2012, 7, 5, 0, 0, 0},  // rounds to the next second
         // A negative value's time of day that rounds up to midnight reaches the next day.
         {-0.99999999, 1899, 12, 31, 0, 0, 0}, {-1.99999999, 1899, 12, 30, 0, 0, 0},
         // Every second of 1 January 100 and 31 December 9999 is in range.
-        {-657434.5, 100, 1, 1, 12, 0, 0}, {-657434.99999999, 100, 1, 2, 0, 0, 0},
-        {2958465.99998843, 9999, 12, 31, 23, 59, 59},
+        {-657434.99999999, 100, 1, 2, 0, 0, 0}, {2958465.99998843, 9999, 12, 31, 23, 59, 59},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(Fields(COleDateTime(c.value)), Fields(c.y, c.mo, c.d, c.h, c.mi, c.s)) << c.value;
@@ -63,19 +61,19 @@ TEST(OleDateTime, FieldsRoundTripAgainstAnIndependentCalendar) {
 }
 
 TEST(OleDateTime, OutOfRangeFieldsAndValues) {
-    for (auto f : {COleDateTime(99, 12, 31, 0, 0, 0), COleDateTime(10000, 1, 1, 0, 0, 0),
-                   COleDateTime(2001, 2, 29, 0, 0, 0), COleDateTime(2001, 1, 1, 24, 0, 0),
-                   COleDateTime(2001, 1, 1, 0, 60, 0), COleDateTime(2001, 1, 1, 0, 0, 60),
-                   COleDateTime(-1, 1, 1, 0, 0, 0), COleDateTime(2001, 0, 1, 0, 0, 0)})
+    // Impossible calendar days are covered by the round trip; these fields are outside its draws.
+    for (auto f : {COleDateTime(99, 12, 31, 0, 0, 0), COleDateTime(10000, 1, 1, 0, 0, 0), COleDateTime(2001, 0, 1, 0, 0, 0),
+                   COleDateTime(2001, 1, 1, 24, 0, 0), COleDateTime(2001, 1, 1, 0, 60, 0), COleDateTime(2001, 1, 1, 0, 0, 60)})
         EXPECT_EQ(f.GetStatus(), COleDateTime::invalid);
+    SYSTEMTIME hour24{2001, 1, 1, 1, 24, 0, 0, 0};  // refused by the converter itself, not only by the round trip
+    DATE dt = 0;
+    EXPECT_FALSE(qm::oledate::FromFields(hour24, dt));
     // 2958465.99999999 rounds to 1 January 10000.
     for (double v : {2958466.0, 2958465.99999999, -657435.0, -657435.5, std::nan(""),
                      std::numeric_limits<double>::infinity(), 1e300, -1e300}) {
         SYSTEMTIME st;
         EXPECT_TRUE(COleDateTime(v).GetYear() == AFX_OLE_DATETIME_ERROR && !COleDateTime(v).GetAsSystemTime(st)) << v;
     }
-    COleDateTime firstNoon(100, 1, 1, 12, 0, 0);
-    EXPECT_TRUE(firstNoon.GetStatus() == COleDateTime::valid && firstNoon.m_dt == -657434.5);
     COleDateTime invalid(2000.0);
     invalid.SetStatus(COleDateTime::invalid);
     EXPECT_TRUE(invalid.GetDay() == AFX_OLE_DATETIME_ERROR && invalid.Format("%Y").IsEmpty());

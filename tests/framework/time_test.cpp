@@ -11,7 +11,6 @@ SCODE FailureCode(void (*f)()) {
     } catch (CException* e) {
         SCODE sc = 1;
         if (auto* ole = dynamic_cast<COleException*>(e)) sc = ole->m_sc;
-        if (dynamic_cast<CInvalidArgException*>(e)) sc = E_INVALIDARG;
         e->Delete();
         return sc;
     }
@@ -22,8 +21,6 @@ SCODE FailureCode(void (*f)()) {
 TEST(TimeTest, LocalFieldsFollowDaylightSaving) {
     CTime summer(2006, 7, 1, 12, 0, 0);
     EXPECT_EQ(summer.GetTime(), 1151769600);  // 16:00 UTC: four hours behind in daylight time
-    CTime winter(2006, 1, 15, 12, 0, 0);
-    EXPECT_EQ(winter.GetTime(), 1137344400);  // 17:00 UTC
     // 2 April 2006: 01:59:59 EST is followed by 03:00:00 EDT.
     CTime before(1143961199), after(1143961200);
     EXPECT_TRUE(before.GetHour() == 1 && after.GetHour() == 3 && after.GetDay() == 2);
@@ -42,12 +39,4 @@ TEST(TimeTest, UnconvertibleValuesGiveEmptyFields) {
     CTime bad(-4000000000000000000LL);
     struct tm t {};
     EXPECT_TRUE(bad.GetLocalTm(&t) == nullptr && bad.GetYear() == 0 && bad.Format("%Y").IsEmpty());
-}
-
-TEST(TimeTest, SpansSplitIntoFields) {
-    CTimeSpan s(3, 26, 75, 10);
-    EXPECT_TRUE(s.GetDays() == 4 && s.GetHours() == 3 && s.GetMinutes() == 15 && s.GetSeconds() == 10);
-    EXPECT_EQ(s.GetTotalMinutes(), 4 * 1440 + 3 * 60 + 15);
-    CTime t(1000);
-    EXPECT_TRUE((t + CTimeSpan(20)).GetTime() == 1020 && (CTime(1020) - t).GetTotalSeconds() == 20);
 }

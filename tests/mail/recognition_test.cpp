@@ -81,11 +81,7 @@ std::set<std::string> Collect(const CString& text) {
     return out;
 }
 
-TEST(CollectEMails, FindsEveryAddressOnce) {
-    typedef std::set<std::string> S;
-    EXPECT_EQ(Collect("a@b.c, A@B.C; a@b.c"), S({"A@B.C", "a@b.c"}));
-    // The line mark ends an address but is no word delimiter: the skip runs on to the next ".".
-    EXPECT_EQ(Collect("one\rtwo@three.four\x17" "five@six.seven"), S({"two@three.four"}));
+TEST(CollectEMails, KeepsWhatTheSetHeld) {
     CStringSet found;  // what the set held is kept; an embedded NUL ends the text
     found.Add("old@entry.test");
     CollectEMails(CString("a@b.c\0x@y.z", 11), found);
@@ -152,7 +148,7 @@ std::set<std::string> ModelCollect(const std::string& text) {
 
 TEST(CollectEMails, AgreesWithAPlainModelOnRandomText) {
     std::mt19937 rng(20261122);
-    const char alphabet[] = "ab.@_-, x\r\n/()<>:;m";
+    const char alphabet[] = "abA.@_-, x\r\n/()<>:;m\x17";  // 0x17 ends a host but delimits no word
     for (int round = 0; round < 3000; ++round) {
         std::string text;
         int n = (int)(rng() % 40);

@@ -18,7 +18,6 @@ TEST(Path2Url, DrivesNetworkPathsSpacesPercentAndEightBitBytes) {
         {"C:\\caf\xE9.txt", "file://C:/caf%E9.txt"},
         // Code page 1252 bytes above U+00FF are escaped only by the final encoding.
         {"C:\\x\x80y\x9Fz\xFF", "file://C:/x%80y%9Fz%FF"}, {"C:\\dir\\..\\x.txt", "file://C:/x.txt"},
-        {"\\\\server\\share\\..\\x", "file://server/x"},
         {"C:\\a_b;c=d&e#f.txt", "file://C:/a%5Fb%3Bc%3Dd%26e%23f.txt"},
         // Already a URL: canonicalised, then encoded.
         {"http://host.test/a b", "http://host.test/a%20b"},
@@ -36,8 +35,7 @@ TEST(Path2Url, TooLongForTheUrlBufferIsReported) {
 
 TEST(Url2Path, DecodesOnceInTheSystemAndOnceMore) {
     const Conversion cases[] = {
-        {"file://C:/a%20b/c.txt", "C:\\a b\\c.txt"}, {"file:///C|/x", "C:\\x"},
-        {"file://server/share/a%20b.txt", "\\\\server\\share\\a b.txt"}, {"file://C:/caf%E9.txt", "C:\\caf\xE9.txt"},
+        {"file:///C|/x", "C:\\x"},
         // Decoded twice: "%2541" becomes "%41" in the system and "A" after it.
         {"file:///C:/100%2541.txt", "C:\\100A.txt"}, {"file://C:/100%2541.txt", "C:\\100%41.txt"},
         // The second decoding drops a "%" near the end and makes a malformed pair a NUL.
@@ -80,20 +78,13 @@ TEST(Path2Url, RoundTripsThroughUrl2Path) {
 
 TEST(UlrCanonize, BrowserForm) {
     const Conversion cases[] = {
-        {"http://host.test/a b", "http://host.test/a%20b"}, {"http://h/a/b/../c", "http://h/a/c"},
+        {"http://h/a/b/../c", "http://h/a/c"},
         {"http://h/a/b/../../../x", "http://h/../x"}, {"https://h/a b?c d#e f", "https://h/a%20b?c d#e f"},
         {"http://h/a\tb", "http://h/ab"}, {"http://h/caf\xE9?q\xE9", "http://h/caf%E9?q\xE9"},
         {"http://h/%41%7e", "http://h/%41%7e"}, {"file:///C:/a#b?c", "file://C:/a%23b?c"},
         {"file://server/share/../x", "file://server/x"},
     };
     for (const Conversion& c : cases) EXPECT_EQ(Bytes(UlrCanonize(c.input)), c.expected) << c.input;
-}
-
-TEST(UrlDecode, PairsAreConsumedEvenWhenMalformed) {
-    const struct { std::string input; std::string expected; } cases[] = {
-        {"a%41%4g%", std::string("aA\0", 3)}, {"%", ""}, {"%%41", std::string("\0" "1", 2)}, {"%zz", std::string("\0", 1)}, {"", ""},
-    };
-    for (const auto& c : cases) EXPECT_EQ(Bytes(UrlDecode(CString(c.input))), c.expected) << c.input;
 }
 
 // The names come from the library's default string resources.
