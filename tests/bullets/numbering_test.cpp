@@ -84,16 +84,6 @@ TEST(BuildNumber, InvalidStyleAssertsZeroAndKeepsOnlyThePrefix) {
     }
 }
 
-TEST(BuildNumber, ConsecutiveCallsConcatenate) {
-    char buf[64];
-    char* p = buf;
-    ULONG font = 0;
-    ASSERT_TRUE(BuildNumber(p, 3, NT_UpperRoman, 0, '.', font));
-    ASSERT_TRUE(BuildNumber(p, 2, NT_LowerAlpha, 0, ')', font));
-    ASSERT_TRUE(BuildNumber(p, 17, NT_Decimal, 0, 0, font));
-    EXPECT_TRUE(std::string(buf) == "III.b)17" && p == buf + 8);
-}
-
 // Every label fits a heap block of exactly BULLET_LABEL_MAX bytes (checked under ASan).
 TEST(BuildNumber, NoLabelOutgrowsTheDocumentedMaximum) {
     const int styles[] = {0, 1, 2, 3, 4, 5, 6, 16, 17, 20, 23, 24};
@@ -114,17 +104,13 @@ TEST(BuildNumber, NoLabelOutgrowsTheDocumentedMaximum) {
     EXPECT_EQ(longest, (size_t)BULLET_LABEL_MAX - 1) << "the bound is reached by 9888 in Roman";
 }
 
-TEST(RomanDigit, EachDigitAndOutOfRange) {
-    const char* expected[] = {"", "I", "II", "III", "IV", "V", "VI", "VII", "VIII", "IX"};
-    for (int d = -2; d <= 11; ++d) {
-        char buf[16] = {};
+// Digits 0-9 are covered through BuildRomanNumber; anything else writes nothing.
+TEST(RomanDigit, DigitsOutOfRangeWriteNothing) {
+    for (int d : {-2, -1, 10, 11}) {
+        char buf[4] = {};
         char* p = buf;
-        roman_digit('C', 'D', 'M', d, p);
         roman_digit('I', 'V', 'X', d, p);
-        const std::string want = d >= 0 && d <= 9 ? expected[d] : "";
-        std::string upper = want;
-        for (char& c : upper) c = c == 'I' ? 'C' : c == 'V' ? 'D' : 'M';
-        EXPECT_EQ(std::string(buf, p), upper + want) << d;
+        EXPECT_TRUE(p == buf && buf[0] == 0) << d;
     }
 }
 

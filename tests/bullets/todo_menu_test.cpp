@@ -49,21 +49,4 @@ TEST(TodoLevels, SubMenuReplacesThePlaceholderOrIsAppended) {
     EXPECT_TRUE(Items(menu).size() == 11u && Items(menu)[6] == "10:None");
 }
 
-TEST(TodoLevels, PlaceholderInsideAPopupIsFoundByCommand) {
-    CMenu bar;
-    ASSERT_TRUE(bar.CreateMenu());
-    CMenu popup;
-    ASSERT_TRUE(popup.CreatePopupMenu());
-    popup.AppendMenu(MF_STRING, 200, "placeholder");
-    popup.AppendMenu(MF_STRING, 201, "Other");
-    bar.AppendMenu(MF_STRING, 1, "File");
-    ASSERT_TRUE(bar.AppendMenu(MF_POPUP, (UINT_PTR)popup.Detach(), "To-do"));
-    CreateTodoLevelSubMenu(bar, 200, 50);
-    EXPECT_EQ(Items(bar), (Strings{"1:File", "[To-do]"}));
-    CMenu* sub = bar.GetSubMenu(1);
-    ASSERT_NE(sub, nullptr);
-    EXPECT_EQ(Items(*sub), (Strings{"50:None", "51:Low", "52:Normal", "53:High", "---", "201:Other"}));
-    CMenu::DeleteTempMap();
-}
-
 }  // namespace

@@ -140,15 +140,4 @@ TEST(CompactRecord, WideLongStoresItsLow32Bits) {
     EXPECT_EQ(Store([&](CArchive& ar) { SmartSerializeSize(ar, w, h); }), (Bytes{0x05, 0x05, 0xFE}));
 }
 
-// Reading from a storing archive or writing to a loading one fails.
-TEST(CompactRecord, WrongDirectionRaisesTheArchiveException) {
-    CMemFile file;
-    CArchive storing(&file, CArchive::store);
-    BYTE tag, data[1] = {0};
-    EXPECT_EQ(qmtest::ThrownCause<CArchiveException>([&] { storing >> tag; }), CArchiveException::writeOnly);
-    CMemFile in(data, 1);
-    CArchive loading(&in, CArchive::load);
-    EXPECT_EQ(qmtest::ThrownCause<CArchiveException>([&] { loading << (BYTE)1; }), CArchiveException::readOnly);
-}
-
 }  // namespace
