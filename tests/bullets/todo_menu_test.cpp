@@ -7,7 +7,7 @@
 
 namespace {
 
-// The menu's items as "id:text", "---" for a separator, "[text]" for a popup.
+// The menu's items as "id:text", "---" for a separator.
 std::vector<std::string> Items(const CMenu& menu) {
     std::vector<std::string> out;
     UINT count = menu.GetMenuItemCount();
@@ -15,8 +15,7 @@ std::vector<std::string> Items(const CMenu& menu) {
         CString text;
         menu.GetMenuString(i, text, MF_BYPOSITION);
         UINT state = menu.GetMenuState(i, MF_BYPOSITION);
-        if (state & MF_POPUP) out.push_back("[" + text.str() + "]");
-        else if (state & MF_SEPARATOR) out.push_back("---");
+        if (state & MF_SEPARATOR) out.push_back("---");
         else out.push_back(std::to_string(menu.GetMenuItemID((int)i)) + ":" + text.str());
     }
     return out;

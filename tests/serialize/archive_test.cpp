@@ -166,7 +166,6 @@ TEST(CFile, ArchiveThroughAFileOnDisk) {
         WORD w = 0;
         ar >> i >> w;
         EXPECT_TRUE(i == 12345 && w == 7);
-        EXPECT_EQ(ThrownCause<CArchiveException>([&] { ar >> w; }), CArchiveException::endOfFile);
     }
     std::remove(name.c_str());
 }
