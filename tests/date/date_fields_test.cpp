@@ -100,9 +100,7 @@ TEST(DateConversions, ToAndFromOleDateTime) {
         EXPECT_EQ(((COleDateTime)bad).GetStatus(), COleDateTime::invalid) << std::hex << bad.AsDWORD();
     EXPECT_TRUE(CDate(COleDateTime(36526.75)) == CDate(2000, 1, 1) && CDate(COleDateTime(-1.25)) == CDate(1899, 12, 29));
     EXPECT_EQ(CDate(COleDateTime(-0.99999999)), CDate(1899, 12, 31));  // 23:59:59.999 on 30 December
-}
-
-TEST(DateConversions, OleZeroAndInvalidValues) {
+    // Zero and values within half a second of it are the null date; invalid ones too.
     EXPECT_TRUE(CDate(COleDateTime(0.0)).IsNull() && CDate(COleDateTime(-1.0 / 172800.0 * 0.99)).IsNull());
     EXPECT_FALSE(CDate(COleDateTime(1.0 / 172800.0 * 1.01)).IsNull());
     COleDateTime invalid;
