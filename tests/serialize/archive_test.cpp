@@ -27,7 +27,6 @@ TEST(CArchive, BasicTypesAreLittleEndianWithFixedWidths) {
     CMemFile file;
     {
         CArchive ar(&file, CArchive::store);
-        EXPECT_TRUE(ar.IsStoring() && !ar.IsLoading());
         ar << (BYTE)0xAB << (WORD)0x0102 << (short)-2 << (int)0x01020304 << (unsigned int)0xA0B0C0D0u
            << (LONG)-1 << (DWORD)7 << true << 'z' << (LONGLONG)0x0102030405060708LL
            << (ULONGLONG)1 << 1.5f << -2.25;
