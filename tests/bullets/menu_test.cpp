@@ -72,21 +72,6 @@ TEST(CMenu, PopupsAreSearchedByCommandAndOwnedByTheirMenu) {
     probe.Detach();
 }
 
-TEST(CMenu, DestroyAttachDetach) {
-    CMenu m;
-    EXPECT_TRUE(!m.DestroyMenu() && m.GetMenuItemCount() == kNoItem && !m.AppendMenu(MF_STRING, 1, "x"));
-    ASSERT_TRUE(m.CreatePopupMenu());
-    EXPECT_FALSE(m.CreatePopupMenu()) << "a CMenu holds one menu";
-    HMENU h = m.Detach();
-    CMenu other;
-    ASSERT_TRUE(other.Attach(h));
-    EXPECT_EQ((HMENU)other, h);
-    EXPECT_TRUE(other.DestroyMenu() && other.m_hMenu == nullptr);
-    CMenu stale;
-    stale.m_hMenu = h;
-    EXPECT_FALSE(stale.InsertMenu(0, MF_BYPOSITION, 1, "x") || stale.DestroyMenu());
-}
-
 #if !defined(_WIN32)
 TEST(CMenu, PosixBackendRefusesAMenuInsideItself) {
     CMenu m, sub;

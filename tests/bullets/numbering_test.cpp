@@ -70,7 +70,6 @@ TEST(BuildNumber, BulletStylesSetFontAndSymbol) {
     for (const auto& c : cases) {
         Label l = Build(12345, c.type, 0, ' ');
         EXPECT_TRUE(l.ok && l.font == c.font && l.text == std::string(1, (char)c.symbol) + " ") << "style " << c.type;
-        EXPECT_TRUE(BulletSymbols[c.type - 17].font == c.font && (unsigned char)BulletSymbols[c.type - 17].symbol == c.symbol);
     }
 }
 
@@ -82,16 +81,6 @@ TEST(BuildNumber, InvalidStyleAssertsZeroAndKeepsOnlyThePrefix) {
         EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"0"});
         EXPECT_EQ(sink.Reports()[0].module, "Common\\BulletsAndNumbering");
     }
-}
-
-TEST(BuildNumber, ConsecutiveCallsConcatenate) {
-    char buf[64];
-    char* p = buf;
-    ULONG font = 0;
-    ASSERT_TRUE(BuildNumber(p, 3, NT_UpperRoman, 0, '.', font));
-    ASSERT_TRUE(BuildNumber(p, 2, NT_LowerAlpha, 0, ')', font));
-    ASSERT_TRUE(BuildNumber(p, 17, NT_Decimal, 0, 0, font));
-    EXPECT_TRUE(std::string(buf) == "III.b)17" && p == buf + 8);
 }
 
 // Every label fits a heap block of exactly BULLET_LABEL_MAX bytes (checked under ASan).
@@ -114,17 +103,13 @@ TEST(BuildNumber, NoLabelOutgrowsTheDocumentedMaximum) {
     EXPECT_EQ(longest, (size_t)BULLET_LABEL_MAX - 1) << "the bound is reached by 9888 in Roman";
 }
 
-TEST(RomanDigit, EachDigitAndOutOfRange) {
-    const char* expected[] = {"", "I", "II", "III", "IV", "V", "VI", "VII", "VIII", "IX"};
-    for (int d = -2; d <= 11; ++d) {
-        char buf[16] = {};
+// Digits 0-9 are covered through BuildRomanNumber; anything else writes nothing.
+TEST(RomanDigit, DigitsOutOfRangeWriteNothing) {
+    for (int d : {-2, -1, 10, 11}) {
+        char buf[4] = {};
         char* p = buf;
-        roman_digit('C', 'D', 'M', d, p);
         roman_digit('I', 'V', 'X', d, p);
-        const std::string want = d >= 0 && d <= 9 ? expected[d] : "";
-        std::string upper = want;
-        for (char& c : upper) c = c == 'I' ? 'C' : c == 'V' ? 'D' : 'M';
-        EXPECT_EQ(std::string(buf, p), upper + want) << d;
+        EXPECT_TRUE(p == buf && buf[0] == 0) << d;
     }
 }
 

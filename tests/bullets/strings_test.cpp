@@ -17,35 +17,27 @@ TEST(DefaultStrings, HostResourcesHaveEnglishDefaults) {
     const struct { UINT id; const char* text; } cases[] = {
         {607, "Reply-To"}, {608, "Bcc"},     {609, "Organization"}, {610, "Message-ID"},
         {611, "To"},       {612, "Sender"},  {613, "Subject"},      {614, "From"},
-        {615, "Date"},     {616, "Cc"},      {684, "Attachments"},  {685, "Priority"},
-        {659, "None"},     {660, "Low"},     {661, "Normal"},       {662, "High"},
+        {615, "Date"},     {616, "Cc"},      {684, "Attachments"},  {685, "Priority"},  // 659-662 through GetTodoLevelName
     };
     for (const auto& c : cases) EXPECT_EQ(Load(c.id), c.text) << "id " << c.id;
 }
 
-TEST(DefaultStrings, HostStringWinsAndClearingItBringsTheDefaultBack) {
-    qm::EnsureDefaultStrings();
+// A host string wins over the default until cleared, a second Ensure keeps later defaults,
+// and an id with neither leaves the string alone.
+TEST(DefaultStrings, HostStringThenDefaultThenNothing) {
     qm::SetStringResource(660, "Someday");
-    EXPECT_EQ(Load(660), "Someday");
+    qm::SetDefaultStringResource(661, "Medium");
+    qm::EnsureDefaultStrings();
+    EXPECT_TRUE(Load(660) == "Someday" && Load(661) == "Medium");
     qm::ClearStringResource(660);
+    qm::SetDefaultStringResource(661, "Normal");
     EXPECT_EQ(Load(660), "Low");
-}
-
-TEST(DefaultStrings, UnknownIdIsAbsentAndLeavesTheStringAlone) {
     CString s("kept");
     EXPECT_TRUE(!s.LoadString(64999) && s == "kept");
     qm::SetDefaultStringResource(64999, "fallback");
     EXPECT_TRUE(s.LoadString(64999) && s == "fallback");
     qm::ClearDefaultStringResource(64999);
     EXPECT_FALSE(s.LoadString(64999));
-}
-
-TEST(DefaultStrings, EnsureIsIdempotentAndDoesNotOverwriteLaterDefaults) {
-    qm::EnsureDefaultStrings();
-    qm::SetDefaultStringResource(661, "Medium");
-    qm::EnsureDefaultStrings();
-    EXPECT_EQ(Load(661), "Medium");
-    qm::SetDefaultStringResource(661, "Normal");
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 
 namespace {
 
-// The menu's items as "id:text", "---" for a separator, "[text]" for a popup.
+// The menu's items as "id:text", "---" for a separator.
 std::vector<std::string> Items(const CMenu& menu) {
     std::vector<std::string> out;
     UINT count = menu.GetMenuItemCount();
@@ -15,8 +15,7 @@ std::vector<std::string> Items(const CMenu& menu) {
         CString text;
         menu.GetMenuString(i, text, MF_BYPOSITION);
         UINT state = menu.GetMenuState(i, MF_BYPOSITION);
-        if (state & MF_POPUP) out.push_back("[" + text.str() + "]");
-        else if (state & MF_SEPARATOR) out.push_back("---");
+        if (state & MF_SEPARATOR) out.push_back("---");
         else out.push_back(std::to_string(menu.GetMenuItemID((int)i)) + ":" + text.str());
     }
     return out;
@@ -47,23 +46,6 @@ TEST(TodoLevels, SubMenuReplacesThePlaceholderOrIsAppended) {
     EXPECT_EQ(Items(menu), (Strings{"100:Before", "1000:None", "1001:Low", "1002:Normal", "1003:High", "---"}));
     CreateTodoLevelSubMenu(menu, 999, 10);  // no placeholder: appended, nothing deleted
     EXPECT_TRUE(Items(menu).size() == 11u && Items(menu)[6] == "10:None");
-}
-
-TEST(TodoLevels, PlaceholderInsideAPopupIsFoundByCommand) {
-    CMenu bar;
-    ASSERT_TRUE(bar.CreateMenu());
-    CMenu popup;
-    ASSERT_TRUE(popup.CreatePopupMenu());
-    popup.AppendMenu(MF_STRING, 200, "placeholder");
-    popup.AppendMenu(MF_STRING, 201, "Other");
-    bar.AppendMenu(MF_STRING, 1, "File");
-    ASSERT_TRUE(bar.AppendMenu(MF_POPUP, (UINT_PTR)popup.Detach(), "To-do"));
-    CreateTodoLevelSubMenu(bar, 200, 50);
-    EXPECT_EQ(Items(bar), (Strings{"1:File", "[To-do]"}));
-    CMenu* sub = bar.GetSubMenu(1);
-    ASSERT_NE(sub, nullptr);
-    EXPECT_EQ(Items(*sub), (Strings{"50:None", "51:Low", "52:Normal", "53:High", "---", "201:Other"}));
-    CMenu::DeleteTempMap();
 }
 
 }  // namespace

@@ -43,17 +43,12 @@ CDate LiteralWalk(CDate date, long long n) {
 }  // namespace
 
 TEST(DateCalendar, LeapYearsAndMonthLengths) {
+    // Years 1-3000 are walked day by day below; here years before 1 and months out of range.
     struct Case { int year, month, days; } cases[] = {
-        {2000, 2, 29}, {1900, 2, 28}, {2004, 2, 29}, {2001, 2, 28}, {1600, 2, 29}, {2100, 2, 28}, {2001, 4, 30},
-        {2001, 12, 31}, {0, 2, 29}, {-4, 2, 29}, {-100, 2, 28}, {2001, 0, 0}, {2001, 13, 0}, {2001, -128, 0},
+        {0, 2, 29}, {-4, 2, 29}, {-100, 2, 28}, {-400, 2, 29}, {2001, 0, 0}, {2001, 13, 0}, {2001, -128, 0},
     };
     for (const Case& c : cases) EXPECT_EQ(CDate::dpm(c.year, c.month), c.days) << c.year << "-" << c.month;
-    EXPECT_EQ(CDate(2012, 7, 4).IsLeap(), 1);
-    // The February entry of the shared table is rewritten for each year asked.
-    CDate::dpm(2000, 1);
-    EXPECT_EQ(CDate::days_per_mon[1], 29);
-    CDate::dpm(2001, 7);
-    EXPECT_EQ(CDate::days_per_mon[1], 28);
+    EXPECT_TRUE(CDate(2012, 7, 4).IsLeap() == 1 && CDate(1900, 7, 4).IsLeap() == 0);
     EXPECT_TRUE(CDate::m2d(3) == 61 && CDate::y2d(4) == 1461);  // February counted as 30 days
 }
 
@@ -102,7 +97,7 @@ TEST(DateArithmetic, AdditionAgreesWithScalarArithmeticForValidDates) {
     std::uniform_int_distribution<int> small(-800, 800), large(-1000000, 1000000);
     for (int i = 0; i < 100000; ++i) {
         long s = start(rng);
-        int n = (i & 1) ? small(rng) : large(rng);
+        int n = i % 4 == 2 ? 1 : (i & 1) ? small(rng) : large(rng);
         CDate d;
         d.FromScalar(s);
         if (s + n < 1) continue;
@@ -112,7 +107,8 @@ TEST(DateArithmetic, AdditionAgreesWithScalarArithmeticForValidDates) {
         inPlace += n;
         ASSERT_TRUE(d + n == expected && expected - n == d && expected - d == n && inPlace == expected) << s << " + " << n;
         inPlace -= n;
-        ASSERT_EQ(inPlace, d);
+        CDate a = d, b = expected;
+        ASSERT_TRUE(inPlace == d && (n != 1 || (a++ == d && a == expected && --b == d && ++CDate(d) == expected)));
     }
 }
 
@@ -143,14 +139,8 @@ TEST(DateArithmetic, WalkMatchesTheLiteralWalkForAnyInput) {
     EXPECT_EQ(CDate::days_per_mon[1], 29);
 }
 
-TEST(DateArithmetic, IncrementAndDecrementStepOneDay) {
-    CDate d(1999, 1, 1);
-    for (int i = 0; i < 1500; ++i) {
-        CDate next = d + 1, a = d, b = next;
-        ASSERT_TRUE(a++ == d && a == next && --b == d && ++CDate(d) == next) << i;
-        d = next;
-    }
-    // Days past the month's end keep counting: 31 February + 1 is 32 February.
+// Days past the month's end keep counting: 31 February + 1 is 32 February.
+TEST(DateArithmetic, IncrementPastTheMonthsEndKeepsCounting) {
     CDate pastEnd(2001, 2, 31);
     EXPECT_EQ(++pastEnd, CDate(2001, 2, 32));
 }

@@ -12,10 +12,9 @@ namespace {
 
 TEST(DateFormat, CodesRenderTheirFields) {
     struct Case { int y, m, d; const char* fmt; const char* expected; } cases[] = {
-        {2012, 12, 25, "%D.%m.%y", "25.12.12"}, {2005, 1, 9, "%y|%Y|%d|%D|%m", "05|2005|09|9|01"},
-        {999, 3, 5, "%Y/%y", "0999/99"},        {12345, 3, 5, "%Y", "12345"},  // every digit of a long year
-        {2012, 7, 4, "%q %", "%q %"},           // unknown code and a trailing "%" pass through
-        {2012, 7, 4, "100%% %%d", "100% %d"},
+        // The other codes are checked against strftime below.
+        {2012, 1, 9, "%D.%m.%y", "9.01.12"}, {999, 3, 5, "%Y/%y", "0999/99"}, {12345, 3, 5, "%Y", "12345"},
+        {2012, 7, 4, "%q %", "%q %"}, {2012, 7, 4, "100%% %%d", "100% %d"},  // unknown code, trailing "%"
     };
     for (const Case& c : cases) EXPECT_EQ(std::string(CDate(c.y, c.m, c.d).Format(c.fmt)), c.expected) << c.fmt;
 }

@@ -30,21 +30,18 @@ struct ScanCase { const Pins* pins; const char* text; int y, m, d, consumed; };
 
 TEST_F(LocaleTest, ScanDateReadsTheShortPicture) {
     const ScanCase cases[] = {
-        {nullptr, "12/25/2012", 2012, 12, 25, 10}, {nullptr, "12/25/49", 2049, 12, 25, 8},
-        {nullptr, "12/25/50", 1950, 12, 25, 8}, {nullptr, "12/25/0", 2000, 12, 25, 7},
-        {nullptr, "12/25/100", 100, 12, 25, 9}, {nullptr, "12/25", -1, 12, 25, 5},
+        // What the short form writes is read back below; here the forms it never writes.
+        {nullptr, "12/25/0", 2000, 12, 25, 7}, {nullptr, "12/25/100", 100, 12, 25, 9}, {nullptr, "12/25", -1, 12, 25, 5},
         {nullptr, "012/025/02012", 2012, 12, 25, 13}, {nullptr, "12/25/3001", 0, 0, 0, -1},
         {nullptr, "2/30/2012", 0, 0, 0, -1}, {nullptr, "2/29/1900", 0, 0, 0, -1},
         {nullptr, "13/1/2012", 0, 0, 0, -1}, {nullptr, "12/0/2012", 0, 0, 0, -1},
         // A year starts with a digit, text without one must end; a wrong separator; 2^64 + 5 is not 5.
         {nullptr, "12/25/", 0, 0, 0, -1}, {nullptr, "12/25 x", 0, 0, 0, -1}, {nullptr, "12-25-2012", 0, 0, 0, -1},
         {nullptr, "1/1/99999999999999999999999", 0, 0, 0, -1}, {nullptr, "1/18446744073709551621/2012", 0, 0, 0, -1},
-        {&kDayFirst, "04.07.2012", 2012, 7, 4, 10}, {&kDayFirst, "07.04", -1, 4, 7, 5},
-        {&kDayFirst, "31.04.2012", 0, 0, 0, -1}, {&kYearFirst, "2012-07-04", 2012, 7, 4, 10},
+        {&kDayFirst, "07.04", -1, 4, 7, 5}, {&kDayFirst, "31.04.2012", 0, 0, 0, -1},
         {&kYearFirst, "12-7-4", 2012, 7, 4, 6}, {&kYearFirst, "2012-07", 0, 0, 0, -1},
         // Digits are still read in a name slot, and only "Dec" of "December" is taken.
-        {&kMonthName, "25-Dec-12", 2012, 12, 25, 9}, {&kMonthName, "25-12-12", 2012, 12, 25, 8},
-        {&kMonthName, "25-December-12", 0, 0, 0, 6}, {&kMonthName, "25-Dex-12", 0, 0, 0, -1},
+        {&kMonthName, "25-12-12", 2012, 12, 25, 8}, {&kMonthName, "25-December-12", 0, 0, 0, 6}, {&kMonthName, "25-Dex-12", 0, 0, 0, -1},
     };
     for (const ScanCase& c : cases) {
         UseLocale(c.pins ? *c.pins : Pins{});

@@ -99,9 +99,10 @@ TEST(CompactRecord, RecordsMatchTheModelAndRoundTripInSequence) {
 }
 
 TEST(CompactRecord, TagBitsBeyondTheFieldsAreIgnored) {
-    // 0xC0 for a rectangle: left, top, right are 0 and bottom follows in four bytes.
+    // 0xC0 for a rectangle: left, top, right are 0 and bottom follows in four bytes; closing the
+    // archive puts the file back before the byte after the record, which it had read ahead.
     CRect rc(5, 5, 5, 5);
-    EXPECT_EQ(Load({0xC0, 0x01, 0x00, 0x01, 0x00}, [&](CArchive& ar) { SmartSerializeRect(ar, rc); }), 5u);
+    EXPECT_EQ(Load({0xC0, 0x01, 0x00, 0x01, 0x00, 0xEE}, [&](CArchive& ar) { SmartSerializeRect(ar, rc); }), 5u);
     EXPECT_EQ(rc, CRect(0, 0, 0, 0x10001));
     // For a point both fields are 0 and the next record starts right after the tag.
     CPoint pt(3, 3), next;
@@ -138,17 +139,6 @@ TEST(CompactRecord, WideLongStoresItsLow32Bits) {
     if (sizeof(long) <= 4) GTEST_SKIP() << "long is 32 bits here";
     long w = (long)(0x100000005LL), h = (long)(-0x100000000LL - 2);
     EXPECT_EQ(Store([&](CArchive& ar) { SmartSerializeSize(ar, w, h); }), (Bytes{0x05, 0x05, 0xFE}));
-}
-
-// Reading from a storing archive or writing to a loading one fails.
-TEST(CompactRecord, WrongDirectionRaisesTheArchiveException) {
-    CMemFile file;
-    CArchive storing(&file, CArchive::store);
-    BYTE tag, data[1] = {0};
-    EXPECT_EQ(qmtest::ThrownCause<CArchiveException>([&] { storing >> tag; }), CArchiveException::writeOnly);
-    CMemFile in(data, 1);
-    CArchive loading(&in, CArchive::load);
-    EXPECT_EQ(qmtest::ThrownCause<CArchiveException>([&] { loading << (BYTE)1; }), CArchiveException::readOnly);
 }
 
 }  // namespace

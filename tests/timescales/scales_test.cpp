@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 
 #include "tests/timescales/calendar_oracle.h"
 #include "utils/common/date_time.h"
+#include "utils/common/utils_time.h"
 
 namespace {
 
@@ -46,6 +48,10 @@ TEST(TimeScales, ClockReadsTheSameInstantOnEveryScale) {
     const __int64 after = qm::crt::Time64();
     const long long utcSeconds = (long long)(utc / 10000000ULL) - tsoracle::kSeconds1601To1970;
     EXPECT_TRUE(utcSeconds >= before - 1 && utcSeconds <= after + 1) << utcSeconds;
+    EXPECT_TRUE(unix >= TimeUTC2TimeUnix(utc) && unix - TimeUTC2TimeUnix(utc) < 2000000u);
+    // The automation-date clock reads whole seconds.
+    const double now = (double)NowTimeODT(), seconds = (now - std::floor(now)) * 86400;
+    EXPECT_TRUE(std::fabs(now - (double)Time2OleDateTime(NowTime())) <= 2.0 / 86400 && std::fabs(seconds - std::round(seconds)) < 1e-3);
     EXPECT_TRUE(unix >= TimeUTC2TimeUnix(utc) && unix - TimeUTC2TimeUnix(utc) < 2000000u);
 }
 
