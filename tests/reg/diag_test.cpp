@@ -83,14 +83,15 @@ TEST(SystemDiagnostics, NameVersionMemoryAndSecurity) {
 }
 
 // Free space with a size adds the size rounded up to whole clusters. Other programs change
-// the free space meanwhile, so a few rounds are allowed to find a quiet moment.
+// the free space meanwhile (a parallel build, between most calls), so up to 2,000 rounds look for
+// one where the rule holds; a wrong rounding never gives one.
 TEST(SystemDiagnostics, FreeDiskSpaceRoundsTheSizeToClusters) {
     const CString path = regtest::Folder().c_str();
     DWORD spc = 0, bps = 0, freeClusters = 0, total = 0;
     ASSERT_TRUE(qm::platform::DiskFreeSpace(FileSystem::ExtractDrive(path), &spc, &bps, &freeClusters, &total));
     const ULONGLONG cluster = (ULONGLONG)spc * bps;
     bool exact = false;
-    for (int round = 0; round < 10 && !exact; ++round) {
+    for (int round = 0; round < 2000 && !exact; ++round) {
         ULONGLONG plain = FreeDiskSpace(path, 0), one = FreeDiskSpace(path, 1),
                   more = FreeDiskSpace(path, (DWORD)cluster + 1), again = FreeDiskSpace(path, 0);
         exact = plain == again && one == plain + cluster && more == plain + 2 * cluster;
