@@ -7,6 +7,7 @@
 
 #include "tests/datetext/datetext_fixture.h"
 #include "utils/framework/CTime.h"
+#include "utils/platform/crt.h"
 
 namespace {
 

@@ -5,6 +5,7 @@
 #include <ctime>
 
 #include "utils/framework/CTime.h"
+#include "utils/platform/crt.h"
 
 namespace tsoracle {
 

@@ -6,6 +6,7 @@
 #include "tests/timescales/calendar_oracle.h"
 #include "utils/common/date_time.h"
 #include "utils/common/utils_time.h"
+#include "utils/platform/crt.h"
 
 namespace {
 

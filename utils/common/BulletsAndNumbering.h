@@ -4,7 +4,7 @@
 #pragma once
 
 #include "utils/framework/wintypes.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 // A fixed underlying type, so any int a caller passes is a value of the type (and is then
 // checked by BuildNumber) rather than undefined.

@@ -3,7 +3,7 @@
 // The reports go to replaceable sinks; the default sinks write one line to the debug output.
 #pragma once
 
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 typedef void (*CvAssertSink)(const char* expression, const char* sourceModule, int line);
 typedef void (*CvTraceSink)(const char* text);

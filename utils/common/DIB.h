@@ -16,7 +16,7 @@
 #include "utils/framework/objidl.h"
 #include "utils/framework/wingdi.h"
 #include "utils/framework/wintypes.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 class CWnd;
 class CDC;

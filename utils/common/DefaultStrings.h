@@ -25,7 +25,7 @@
 #pragma once
 
 #include "utils/framework/wintypes.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 namespace qm {
 

@@ -8,7 +8,7 @@
 
 #include "utils/framework/CString.h"
 #include "utils/framework/winfile.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 class MFCQMUTILS_API FileSystem {
 public:

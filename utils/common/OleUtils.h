@@ -3,7 +3,7 @@
 
 #include "utils/common/DIB.h"
 #include "utils/framework/winclipboard.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 // Makes `bitmap` from the first DIB that the metafile picture's records carry
 // (META_DIBBITBLT with a source, META_DIBSTRETCHBLT, META_STRETCHDIB); the bitmap is emptied

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "utils/framework/wintypes.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 class MFCQMUTILS_API CSimpleRowBytes {
 public:

@@ -10,7 +10,7 @@
 
 #include "utils/framework/CList.h"
 #include "utils/framework/CString.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 class CTempList;
 

@@ -10,6 +10,7 @@
 #include <cstdint>
 
 #include "utils/common/CVLogger.h"
+#include "utils/platform/crt.h"
 
 #define QM_SOURCE_MODULE "Common\\date"
 

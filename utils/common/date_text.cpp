@@ -11,6 +11,7 @@
 #include "utils/common/utils_numbers.h"
 #include "utils/framework/mbchar.h"
 #include "utils/platform/locale.h"
+#include "utils/platform/crt.h"
 
 #define QM_SOURCE_MODULE "Common\\date"
 

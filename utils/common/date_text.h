@@ -10,7 +10,7 @@
 #include "utils/common/date.h"
 #include "utils/framework/CString.h"
 #include "utils/framework/CTime.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 class MFCQMUTILS_API WinDateTime {
 public:

@@ -6,7 +6,7 @@
 #include "utils/framework/CMenu.h"
 #include "utils/framework/geometry.h"
 #include "utils/framework/wintypes.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 // ---------------------------------------------------------------------------------------
 // To-do levels

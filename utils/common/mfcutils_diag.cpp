@@ -6,7 +6,7 @@
 #include "utils/common/CVLogger.h"
 #include "utils/common/FileSystem.h"
 #include "utils/common/utils_text.h"
-#include "utils/module/MFCQMUtils.h"
+#include "utils/framework/CWinApp.h"
 #include "utils/platform/files.h"
 #include "utils/platform/messagebox.h"
 #include "utils/platform/registry.h"

@@ -4,7 +4,7 @@
 
 #include "utils/framework/CString.h"
 #include "utils/framework/wintypes.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 // The major and minor version and the NT-family test, from the version record filled when
 // the library was loaded.

@@ -5,7 +5,7 @@
 #include "utils/framework/CFile.h"
 #include "utils/framework/CString.h"
 #include "utils/framework/winreg.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 // ---------------------------------------------------------------------------------------
 // Registry helpers. Keys are paths under the current user's hive, opened with full access.

@@ -6,7 +6,7 @@
 #include "utils/framework/CDC.h"
 #include "utils/framework/CString.h"
 #include "utils/framework/winclipboard.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 // Where the fitted part of a text may end.
 enum TSpacesConsideration {

@@ -10,7 +10,7 @@
 
 #include "utils/framework/CString.h"
 #include "utils/framework/wintypes.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 struct CRuntimeClass;
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "utils/framework/CString.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 // An ordered set of unique strings (sorted byte-wise); the container that CollectEMails
 // fills. Everything is inline so the set crosses the module boundary as plain code.

@@ -8,7 +8,7 @@
 
 #include "utils/framework/CString.h"
 #include "utils/framework/wintypes.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 // Option groups whose digit counts the locale provides.
 enum eREG_OPT_GROUP {

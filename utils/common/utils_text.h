@@ -8,7 +8,7 @@
 #pragma once
 
 #include "utils/framework/CString.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 // In-text markers.
 constexpr char QM_CMD_OPEN = '\x01';   // opens an inline command run

@@ -4,7 +4,7 @@
 
 #include "utils/framework/COleDateTime.h"
 #include "utils/framework/CTime.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 MFCQMUTILS_API CTime NowTime();
 // The current local time as an automation date in whole seconds; invalid if it cannot be

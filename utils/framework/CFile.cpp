@@ -6,20 +6,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "utils/platform/crt.h"
 #include "utils/platform/files.h"
-
-// The C runtime's 64-bit stream positions have different names on the two runtimes.
-#if defined(_WIN32)
-#define QM_FSEEK64 _fseeki64
-#define QM_FTELL64 _ftelli64
-#include <io.h>
-#define QM_TRUNCATE64(f, n) _chsize_s(_fileno(f), (n))
-#else
-#include <unistd.h>
-#define QM_TRUNCATE64(f, n) ftruncate(fileno(f), (off_t)(n))
-#define QM_FSEEK64 fseeko
-#define QM_FTELL64 ftello
-#endif
 
 const HANDLE CFile::hFileNull = (HANDLE)(INT_PTR)-1;
 
@@ -95,7 +83,7 @@ BOOL CFile::Open(LPCTSTR lpszFileName, UINT nOpenFlags, CFileException* pError) 
 ULONGLONG CFile::GetPosition() const {
     FILE* f = Stream(m_hFile);
     if (!f) AfxThrowFileException(CFileException::invalidFile);
-    auto pos = QM_FTELL64(f);
+    auto pos = qm::crt::Tell64(f);
     if (pos < 0) AfxThrowFileException(CFileException::badSeek, errno, m_strFileName);
     return (ULONGLONG)pos;
 }
@@ -104,17 +92,17 @@ ULONGLONG CFile::Seek(LONGLONG lOff, UINT nFrom) {
     FILE* f = Stream(m_hFile);
     if (!f) AfxThrowFileException(CFileException::invalidFile);
     int whence = nFrom == begin ? SEEK_SET : nFrom == current ? SEEK_CUR : nFrom == end ? SEEK_END : -1;
-    if (whence < 0 || QM_FSEEK64(f, lOff, whence) != 0) AfxThrowFileException(CFileException::badSeek, errno, m_strFileName);
+    if (whence < 0 || qm::crt::Seek64(f, lOff, whence) != 0) AfxThrowFileException(CFileException::badSeek, errno, m_strFileName);
     return GetPosition();
 }
 
 ULONGLONG CFile::GetLength() const {
     FILE* f = Stream(m_hFile);
     if (!f) AfxThrowFileException(CFileException::invalidFile);
-    auto here = QM_FTELL64(f);
-    if (here < 0 || QM_FSEEK64(f, 0, SEEK_END) != 0) AfxThrowFileException(CFileException::badSeek, errno, m_strFileName);
-    auto size = QM_FTELL64(f);
-    QM_FSEEK64(f, here, SEEK_SET);
+    auto here = qm::crt::Tell64(f);
+    if (here < 0 || qm::crt::Seek64(f, 0, SEEK_END) != 0) AfxThrowFileException(CFileException::badSeek, errno, m_strFileName);
+    auto size = qm::crt::Tell64(f);
+    qm::crt::Seek64(f, here, SEEK_SET);
     if (size < 0) AfxThrowFileException(CFileException::badSeek, errno, m_strFileName);
     return (ULONGLONG)size;
 }
@@ -125,7 +113,7 @@ UINT CFile::Read(void* lpBuf, UINT nCount) {
     if (nCount == 0) return 0;
     if (!lpBuf) AfxThrowInvalidArgException();
     // The stream may have been written last; a seek is required between writing and reading.
-    QM_FSEEK64(f, 0, SEEK_CUR);
+    qm::crt::Seek64(f, 0, SEEK_CUR);
     size_t n = std::fread(lpBuf, 1, nCount, f);
     if (n < nCount && std::ferror(f)) {
         std::clearerr(f);
@@ -140,7 +128,7 @@ void CFile::Write(const void* lpBuf, UINT nCount) {
     if (!f) AfxThrowFileException(CFileException::invalidFile);
     if (nCount == 0) return;
     if (!lpBuf) AfxThrowInvalidArgException();
-    QM_FSEEK64(f, 0, SEEK_CUR);
+    qm::crt::Seek64(f, 0, SEEK_CUR);
     if (std::fwrite(lpBuf, 1, nCount, f) != nCount) {
         int err = errno;
         std::clearerr(f);
@@ -156,7 +144,7 @@ void CFile::Flush() {
 void CFile::SetLength(ULONGLONG dwNewLen) {
     FILE* f = Stream(m_hFile);
     if (!f) AfxThrowFileException(CFileException::invalidFile);
-    if (dwNewLen > (ULONGLONG)INT64_MAX || std::fflush(f) != 0 || QM_TRUNCATE64(f, dwNewLen) != 0)
+    if (dwNewLen > (ULONGLONG)INT64_MAX || std::fflush(f) != 0 || qm::crt::Truncate64(f, (__int64)dwNewLen) != 0)
         AfxThrowFileException(CFileException::hardIO, errno, m_strFileName);
 }
 

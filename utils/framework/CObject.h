@@ -1,7 +1,7 @@
 // Root of the framework's class tree.
 #pragma once
 
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 class MFCQMUTILS_API CObject {
 public:

@@ -4,6 +4,7 @@
 
 #include "utils/framework/CTime.h"
 #include "utils/framework/civil.h"
+#include "utils/platform/crt.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "utils/framework/wintypes.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 class MFCQMUTILS_API CString {
 public:

@@ -3,28 +3,7 @@
 #include <cstring>
 
 #include "utils/framework/exceptions.h"
-
-namespace qm::crt {
-
-#if defined(_WIN32)
-bool LocalTime64(__int64 t, struct tm* out) { return _localtime64_s(out, &t) == 0; }
-bool GmTime64(__int64 t, struct tm* out) { return _gmtime64_s(out, &t) == 0; }
-__int64 MkTime64(struct tm* fields) { return _mktime64(fields); }
-__int64 Time64() { return _time64(nullptr); }
-#else
-bool LocalTime64(__int64 t, struct tm* out) {
-    time_t tt = (time_t)t;
-    return localtime_r(&tt, out) != nullptr;
-}
-bool GmTime64(__int64 t, struct tm* out) {
-    time_t tt = (time_t)t;
-    return gmtime_r(&tt, out) != nullptr;
-}
-__int64 MkTime64(struct tm* fields) { return (__int64)mktime(fields); }
-__int64 Time64() { return (__int64)time(nullptr); }
-#endif
-
-}  // namespace qm::crt
+#include "utils/platform/crt.h"
 
 CTime CTime::GetCurrentTime() noexcept { return CTime(qm::crt::Time64()); }
 

@@ -88,12 +88,3 @@ public:
 private:
     __int64 m_time;
 };
-
-namespace qm::crt {
-// The C runtime's 64-bit time functions (localtime, gmtime, mktime, time); false / -1 on
-// failure, as the runtime reports it.
-MFCQMUTILS_API bool LocalTime64(__int64 t, struct tm* out);
-MFCQMUTILS_API bool GmTime64(__int64 t, struct tm* out);
-MFCQMUTILS_API __int64 MkTime64(struct tm* fields);
-MFCQMUTILS_API __int64 Time64();
-}  // namespace qm::crt

@@ -6,7 +6,7 @@
 
 #include "utils/framework/winerrors.h"
 #include "utils/framework/wintypes.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 #if !defined(_WIN32)
 

@@ -33,3 +33,10 @@ enum TOKEN_ELEVATION_TYPE {
 #define IDOK 1
 
 #endif  // !_WIN32
+
+// HeapAlloc flags.
+#if !defined(_WIN32)
+#define HEAP_NO_SERIALIZE 0x00000001
+#define HEAP_GENERATE_EXCEPTIONS 0x00000004
+#define HEAP_ZERO_MEMORY 0x00000008
+#endif

@@ -2,6 +2,12 @@
 //
 // Windows is LLP64: LONG, ULONG and DWORD are 32 bits on every build, so that sentinels such
 // as LONG_MIN (0x80000000) and persisted formats are identical on LP64 POSIX builds.
+//
+// The Win32 types headers of the framework (win*.h, objidl.h) are the one place above the
+// platform backends that may include <windows.h> or test _WIN32: on Windows they take the
+// types and constants from the system headers, so that a Windows host that includes both the
+// system's headers and ours sees one set of definitions; elsewhere they define the same names,
+// values and layouts themselves. They hold no logic.
 #pragma once
 
 #include <cstddef>

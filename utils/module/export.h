@@ -1,14 +1,5 @@
-// Export macro of the MFCQMUtils module: only what is marked with it leaves the library.
+// The export macro, under the include path hosts have used; it lives with the framework's
+// types so that every layer may include it.
 #pragma once
 
-#if defined(MFCQMUTILS_STATIC)
-#define MFCQMUTILS_API
-#elif defined(_WIN32)
-#if defined(MFCQMUTILS_BUILDING)
-#define MFCQMUTILS_API __declspec(dllexport)
-#else
-#define MFCQMUTILS_API __declspec(dllimport)
-#endif
-#else
-#define MFCQMUTILS_API __attribute__((visibility("default")))
-#endif
+#include "utils/framework/export.h"

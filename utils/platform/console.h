@@ -7,7 +7,7 @@
 #include <atomic>
 
 #include "utils/framework/winmsg.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 namespace qm::platform {
 

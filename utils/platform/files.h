@@ -18,7 +18,7 @@
 #include <string>
 
 #include "utils/framework/winfile.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 namespace qm::platform {
 

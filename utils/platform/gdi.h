@@ -11,7 +11,7 @@
 
 #include "utils/framework/wingdc.h"
 #include "utils/framework/wingdi.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 namespace qm::platform {
 

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "utils/framework/winclipboard.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 namespace qm::platform {
 

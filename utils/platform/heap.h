@@ -7,14 +7,9 @@
 
 #include <cstddef>
 
+#include "utils/framework/winsys.h"
 #include "utils/framework/wintypes.h"
-#include "utils/module/export.h"
-
-#if !defined(_WIN32)
-#define HEAP_NO_SERIALIZE 0x00000001
-#define HEAP_GENERATE_EXCEPTIONS 0x00000004
-#define HEAP_ZERO_MEMORY 0x00000008
-#endif
+#include "utils/framework/export.h"
 
 // Exception codes of a failed heap call.
 #define QM_STATUS_ACCESS_VIOLATION 0xC0000005u

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "utils/framework/winclipboard.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 namespace qm::platform {
 

@@ -14,7 +14,7 @@
 #pragma once
 
 #include "utils/framework/winreg.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 namespace qm::platform {
 

@@ -7,7 +7,7 @@
 #include <cstddef>
 
 #include "utils/framework/objidl.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 namespace qm::platform {
 

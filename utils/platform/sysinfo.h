@@ -3,7 +3,7 @@
 #pragma once
 
 #include "utils/framework/winsys.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 namespace qm::platform {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "utils/framework/winmsg.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 namespace qm::platform {
 

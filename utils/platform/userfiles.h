@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "utils/framework/wintypes.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 namespace qm::platform {
 

@@ -11,7 +11,7 @@
 #include <functional>
 
 #include "utils/framework/winmsg.h"
-#include "utils/module/export.h"
+#include "utils/framework/export.h"
 
 namespace qm::platform {
 

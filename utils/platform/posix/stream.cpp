@@ -1,10 +1,12 @@
 #include "utils/platform/stream.h"
 
+#include <cstdio>
 #include <cstring>
 #include <new>
 #include <vector>
 
-#include "utils/framework/CFile.h"
+#include "utils/platform/crt.h"
+#include "utils/platform/files.h"
 
 namespace qm::platform {
 
@@ -106,22 +108,26 @@ IStream* CreateMemoryStream(const void* data, size_t size) {
 }
 
 IStream* OpenFileStream(const char* path) {
-    CFile file;
-    if (!path || !file.Open(path, CFile::modeRead | CFile::shareDenyWrite)) return nullptr;
+    FILE* file = path ? OpenFileStream(path, "rb") : nullptr;
+    if (!file) return nullptr;
     auto* s = new (std::nothrow) MemoryStream(true);
-    if (!s) return nullptr;
-    try {
-        ULONGLONG length = file.GetLength();
-        if (length > 0xFFFFFFFFull) throw std::bad_alloc();
-        s->m_data.resize((size_t)length);
-        if (length && file.Read(s->m_data.data(), (UINT)length) != length) throw std::bad_alloc();
-    } catch (const std::exception&) {
+    bool ok = s != nullptr;
+    if (ok) {
+        try {
+            __int64 length = crt::Seek64(file, 0, SEEK_END) == 0 ? crt::Tell64(file) : -1;
+            ok = length >= 0 && length <= 0xFFFFFFFFll && crt::Seek64(file, 0, SEEK_SET) == 0;
+            if (ok) {
+                s->m_data.resize((size_t)length);
+                ok = std::fread(s->m_data.data(), 1, (size_t)length, file) == (size_t)length;
+            }
+        } catch (const std::exception&) {
+            ok = false;
+        }
+    }
+    std::fclose(file);
+    if (!ok && s) {
         s->Release();
-        return nullptr;
-    } catch (CException* e) {
-        e->Delete();
-        s->Release();
-        return nullptr;
+        s = nullptr;
     }
     return s;
 }
