@@ -11,7 +11,7 @@
 
 #include "ratio_reporter.h"
 #include "utils/common/mfcutils_settings.h"
-#include "utils/platform/registry.h"
+#include "utils/platform/host.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 
 #include "quiet_reports.h"
 #include "utils/common/DIB.h"
-#include "utils/platform/stream.h"
+#include "utils/platform/host.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     qmfuzz::QuietReports();

@@ -7,7 +7,7 @@
 
 #include "quiet_reports.h"
 #include "utils/common/DIB.h"
-#include "utils/platform/stream.h"
+#include "utils/platform/host.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     qmfuzz::QuietReports();

@@ -6,7 +6,7 @@
 
 #include "tests/bmp/bmp_model.h"
 #include "tests/support/recording_sink.h"
-#include "utils/platform/stream.h"
+#include "utils/platform/host.h"
 
 using namespace bmptest;
 

@@ -9,7 +9,7 @@
 #include "tests/support/recording_sink.h"
 #include "utils/common/DIB.h"
 #include "utils/framework/CDC.h"
-#include "utils/platform/stream.h"
+#include "utils/platform/host.h"
 
 namespace {
 

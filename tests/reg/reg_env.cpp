@@ -8,7 +8,7 @@
 #include <iterator>
 
 #include "utils/platform/files.h"
-#include "utils/platform/registry.h"
+#include "utils/platform/host.h"
 
 namespace regtest {
 namespace {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "utils/common/mfcutils_settings.h"
-#include "utils/platform/registry.h"
+#include "utils/platform/host.h"
 
 using namespace qm::platform;
 

@@ -10,7 +10,7 @@
 #include "utils/common/mfcutils.h"
 #include "utils/common/utils.h"
 #include "utils/platform/files.h"
-#include "utils/platform/registry.h"
+#include "utils/platform/host.h"
 
 using regtest::Exists;
 using regtest::File;

@@ -8,7 +8,7 @@
 
 #include "command.h"
 #include "utils/common/DIB.h"
-#include "utils/platform/stream.h"
+#include "utils/platform/host.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "command.h"
 #include "path_output.h"
 #include "utils/common/FileSystem.h"
-#include "utils/platform/files.h"
+#include "utils/platform/host.h"
 
 namespace {
 
@@ -20,7 +20,7 @@ int RunList(const Args& a) {
     CString pattern = a.empty() ? CString("*.*") : CString(a[0].c_str());
     CString folder = FileSystem::ExtractPath(pattern), mask = pattern.Mid(folder.GetLength());
     if (mask.IsEmpty() || (mask.FindOneOf("*?") < 0 && FileSystem::FileExists(pattern) &&
-                           (qm::platform::GetFileAttributesA(pattern) & FILE_ATTRIBUTE_DIRECTORY))) {
+                           FileSystem::CFileItr(folder, mask).IsDirectory())) {
         folder = pattern;
         mask = "*.*";
     }

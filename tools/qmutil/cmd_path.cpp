@@ -7,7 +7,7 @@
 #include "command.h"
 #include "path_output.h"
 #include "utils/common/FileSystem.h"
-#include "utils/platform/files.h"
+#include "utils/platform/host.h"
 
 namespace {
 

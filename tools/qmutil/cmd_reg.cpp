@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "command.h"
-#include "utils/platform/registry.h"
+#include "utils/platform/host.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "utils/common/TempList.h"
 #include "utils/common/mfcutils.h"
 #include "utils/common/utils.h"
-#include "utils/platform/files.h"
+#include "utils/platform/host.h"
 
 namespace {
 

@@ -10,8 +10,7 @@
 #include "command.h"
 #include "terminal_frame.h"
 #include "utils/common/CallBackThread.h"
-#include "utils/platform/thread.h"
-#include "utils/platform/window.h"
+#include "utils/platform/host.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "utils/framework/CString.h"
-#include "utils/platform/files.h"
+#include "utils/platform/host.h"
 
 namespace qmutil {
 

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "utils/platform/window.h"
+#include "utils/platform/host.h"
 
 namespace qmutil {
 

@@ -7,7 +7,7 @@
 
 #include "utils/common/mfcutils.h"
 #include "utils/framework/CWinApp.h"
-#include "utils/platform/console.h"
+#include "utils/platform/host.h"
 
 namespace qmutil {
 

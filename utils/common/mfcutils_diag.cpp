@@ -9,7 +9,7 @@
 #include "utils/framework/CWinApp.h"
 #include "utils/platform/files.h"
 #include "utils/platform/messagebox.h"
-#include "utils/platform/registry.h"
+#include "utils/platform/host.h"
 #include "utils/platform/sysinfo.h"
 
 #define QM_SOURCE_MODULE "Common\\mfcutils"
@@ -36,6 +36,15 @@ CString FormatResource1(UINT id, const char* argument) {
 }
 
 }  // namespace
+
+namespace qm {
+OSVERSIONINFOA& ModuleOSVersionRecord() {
+    static OSVERSIONINFOA record;
+    return record;
+}
+}  // namespace qm
+
+const OSVERSIONINFOA& GetModuleOSVersion() { return qm::ModuleOSVersionRecord(); }
 
 int GetOSVersionNum() { return (int)GetModuleOSVersion().dwMajorVersion; }
 

@@ -11,6 +11,8 @@
 MFCQMUTILS_API int GetOSVersionNum();
 MFCQMUTILS_API int GetOSMinorVersionNum();
 MFCQMUTILS_API bool IsWinNT();
+// The version record filled at load time (read-only afterwards).
+MFCQMUTILS_API const OSVERSIONINFOA& GetModuleOSVersion();
 // "ProductName" under the local machine's "SOFTWARE\Microsoft\Windows NT\CurrentVersion"
 // (NT family) or "SOFTWARE\Microsoft\Windows\CurrentVersion"; empty when it cannot be read.
 MFCQMUTILS_API CString GetOSName();
@@ -36,4 +38,6 @@ namespace qm {
 // library supplies English defaults that a host's own string table overrides.
 constexpr UINT IDS_FRAMEWORK_FILE_NOT_FOUND = 61729;
 constexpr UINT IDS_FRAMEWORK_DISK_FULL = 61730;
+// The record behind GetModuleOSVersion, which the module frame fills when the library loads.
+OSVERSIONINFOA& ModuleOSVersionRecord();
 }  // namespace qm

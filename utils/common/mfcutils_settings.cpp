@@ -12,7 +12,7 @@
 #include "utils/common/utils_files.h"
 #include "utils/framework/exceptions.h"
 #include "utils/platform/files.h"
-#include "utils/platform/registry.h"
+#include "utils/platform/host.h"
 #include "utils/platform/userfiles.h"
 
 #define QM_SOURCE_MODULE "Common\\mfcutils"

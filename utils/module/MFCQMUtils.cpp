@@ -4,21 +4,16 @@
 
 #include "utils/platform/osversion.h"
 
-namespace {
-
-OSVERSIONINFOA g_osVersion;
-
-}  // namespace
-
 CMFCQMUtilsApp::CMFCQMUtilsApp() = default;
 CMFCQMUtilsApp::~CMFCQMUtilsApp() = default;
 
 BOOL CMFCQMUtilsApp::InitInstance() {
     CWinApp::InitInstance();
-    std::memset(&g_osVersion, 0, sizeof g_osVersion);
-    g_osVersion.dwOSVersionInfoSize = 148;
+    OSVERSIONINFOA& version = qm::ModuleOSVersionRecord();
+    std::memset(&version, 0, sizeof version);
+    version.dwOSVersionInfoSize = 148;
     // A failed query leaves the record zeroed but for its size; the load never fails.
-    qm::platform::QueryOSVersion(&g_osVersion);
+    qm::platform::QueryOSVersion(&version);
     return TRUE;
 }
 
@@ -36,5 +31,3 @@ struct ModuleLoad {
 }  // namespace
 
 CMFCQMUtilsApp& GetMFCQMUtilsApp() { return theApp; }
-
-const OSVERSIONINFOA& GetModuleOSVersion() { return g_osVersion; }

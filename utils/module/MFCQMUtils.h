@@ -1,6 +1,7 @@
 // The module's application object and its operating-system version record.
 #pragma once
 
+#include "utils/common/mfcutils_diag.h"  // GetModuleOSVersion
 #include "utils/framework/CWinApp.h"
 #include "utils/framework/wintypes.h"
 
@@ -14,5 +15,3 @@ public:
 
 // The application object, constructed when the module is loaded.
 MFCQMUTILS_API CMFCQMUtilsApp& GetMFCQMUtilsApp();
-// The version record filled at load time (read-only afterwards).
-MFCQMUTILS_API const OSVERSIONINFOA& GetModuleOSVersion();

@@ -6,17 +6,16 @@
 #pragma once
 
 #include "utils/framework/winclipboard.h"
-#include "utils/framework/export.h"
 
 namespace qm::platform {
 
-MFCQMUTILS_API BOOL ClipboardOpen(HWND owner);
-MFCQMUTILS_API BOOL ClipboardClose();
-MFCQMUTILS_API BOOL ClipboardEmpty();
+BOOL ClipboardOpen(HWND owner);
+BOOL ClipboardClose();
+BOOL ClipboardEmpty();
 // The block under the format (the clipboard keeps it), or null.
-MFCQMUTILS_API HGLOBAL ClipboardGetData(UINT format);
+HGLOBAL ClipboardGetData(UINT format);
 // Hands the block to the clipboard; returns it, or null when refused (the caller keeps it).
-MFCQMUTILS_API HGLOBAL ClipboardSetData(UINT format, HGLOBAL block);
-MFCQMUTILS_API BOOL ClipboardIsFormatAvailable(UINT format);
+HGLOBAL ClipboardSetData(UINT format, HGLOBAL block);
+BOOL ClipboardIsFormatAvailable(UINT format);
 
 }  // namespace qm::platform

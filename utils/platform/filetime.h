@@ -10,20 +10,19 @@
 #include <cstdint>
 
 #include "utils/framework/wintypes.h"
-#include "utils/framework/export.h"
 
 namespace qm::platform {
 
 // UTC file time -> local file time (FileTimeToLocalFileTime); false when the system refuses.
-MFCQMUTILS_API bool UtcToLocalFileTime(std::uint64_t utc, std::uint64_t& local);
+bool UtcToLocalFileTime(std::uint64_t utc, std::uint64_t& local);
 // Local file time -> UTC file time (LocalFileTimeToFileTime).
-MFCQMUTILS_API bool LocalToUtcFileTime(std::uint64_t local, std::uint64_t& utc);
+bool LocalToUtcFileTime(std::uint64_t local, std::uint64_t& utc);
 // File time -> calendar fields with weekday and milliseconds (FileTimeToSystemTime); false for
 // a value with the top bit set.
-MFCQMUTILS_API bool FileTimeToFields(std::uint64_t fileTime, SYSTEMTIME& fields);
+bool FileTimeToFields(std::uint64_t fileTime, SYSTEMTIME& fields);
 // Calendar fields -> file time (SystemTimeToFileTime); the weekday is ignored; false when a
 // field is out of range (year 1601..30827, month 1..12, day within the month, hour below 24,
 // minute and second below 60, milliseconds below 1000).
-MFCQMUTILS_API bool FieldsToFileTime(const SYSTEMTIME& fields, std::uint64_t& fileTime);
+bool FieldsToFileTime(const SYSTEMTIME& fields, std::uint64_t& fileTime);
 
 }  // namespace qm::platform

@@ -11,7 +11,6 @@
 
 #include "utils/framework/wingdc.h"
 #include "utils/framework/wingdi.h"
-#include "utils/framework/export.h"
 
 namespace qm::platform {
 
@@ -73,9 +72,9 @@ int GdiGetDIBits(HDC hdc, HBITMAP bmp, UINT start, UINT cLines, void* bits, BITM
 // The Video for Windows DrawDib service: open a DrawDib context, draw a bottom-up DIB part
 // (source coordinates from the top-left of the picture), close. Exported so that a host can
 // open the context that CDIBitmap::Draw takes.
-MFCQMUTILS_API void* GdiDrawDibOpen();
-MFCQMUTILS_API BOOL GdiDrawDibClose(void* hdd);
-MFCQMUTILS_API BOOL GdiDrawDibDraw(void* hdd, HDC hdc, int xDst, int yDst, int dxDst, int dyDst,
+void* GdiDrawDibOpen();
+BOOL GdiDrawDibClose(void* hdd);
+BOOL GdiDrawDibDraw(void* hdd, HDC hdc, int xDst, int yDst, int dxDst, int dyDst,
                                    const BITMAPINFOHEADER* lpbi, const void* lpBits, int xSrc, int ySrc, int dxSrc,
                                    int dySrc, UINT wFlags);
 

@@ -5,20 +5,19 @@
 #pragma once
 
 #include "utils/framework/winclipboard.h"
-#include "utils/framework/export.h"
 
 namespace qm::platform {
 
-MFCQMUTILS_API HGLOBAL GlobalMemAlloc(UINT flags, SIZE_T bytes);
+HGLOBAL GlobalMemAlloc(UINT flags, SIZE_T bytes);
 // Null when the block cannot be resized (the old block is then untouched).
-MFCQMUTILS_API HGLOBAL GlobalMemReAlloc(HGLOBAL h, SIZE_T bytes, UINT flags);
+HGLOBAL GlobalMemReAlloc(HGLOBAL h, SIZE_T bytes, UINT flags);
 // The block's first byte, or null for an unknown handle or an empty block.
-MFCQMUTILS_API void* GlobalMemLock(HGLOBAL h);
+void* GlobalMemLock(HGLOBAL h);
 // Non-zero while the block is still locked.
-MFCQMUTILS_API BOOL GlobalMemUnlock(HGLOBAL h);
+BOOL GlobalMemUnlock(HGLOBAL h);
 // 0 for an unknown handle.
-MFCQMUTILS_API SIZE_T GlobalMemSize(HGLOBAL h);
+SIZE_T GlobalMemSize(HGLOBAL h);
 // Null on success, the handle when it is not a live block.
-MFCQMUTILS_API HGLOBAL GlobalMemFree(HGLOBAL h);
+HGLOBAL GlobalMemFree(HGLOBAL h);
 
 }  // namespace qm::platform

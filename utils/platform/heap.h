@@ -9,7 +9,6 @@
 
 #include "utils/framework/winsys.h"
 #include "utils/framework/wintypes.h"
-#include "utils/framework/export.h"
 
 // Exception codes of a failed heap call.
 #define QM_STATUS_ACCESS_VIOLATION 0xC0000005u
@@ -18,25 +17,25 @@
 namespace qm::platform {
 
 // HeapCreate(HEAP_NO_SERIALIZE, 0x200000, 0): 2 MiB to start, growable. Null on failure.
-MFCQMUTILS_API HANDLE CreatePrivateHeap();
+HANDLE CreatePrivateHeap();
 
 // HeapAlloc(heap, HEAP_NO_SERIALIZE | HEAP_GENERATE_EXCEPTIONS, size) under a handler that
 // accepts every exception: returns the block (not zero-filled), or null with the exception
 // code in *pExceptionCode (0 when the call succeeded).
-MFCQMUTILS_API void* HeapAllocGuarded(HANDLE heap, size_t size, DWORD* pExceptionCode);
+void* HeapAllocGuarded(HANDLE heap, size_t size, DWORD* pExceptionCode);
 // HeapReAlloc(heap, HEAP_NO_SERIALIZE, block, size): the contents are kept; null on failure
 // (the old block then stays valid).
-MFCQMUTILS_API void* HeapReAllocBlock(HANDLE heap, void* block, size_t size);
-MFCQMUTILS_API bool HeapFreeBlock(HANDLE heap, void* block);
+void* HeapReAllocBlock(HANDLE heap, void* block, size_t size);
+bool HeapFreeBlock(HANDLE heap, void* block);
 // The exact size asked for the block; (size_t)-1 when the block is not one of the heap's.
-MFCQMUTILS_API size_t HeapBlockSize(HANDLE heap, const void* block);
+size_t HeapBlockSize(HANDLE heap, const void* block);
 // True only for a live block of this heap.
-MFCQMUTILS_API bool HeapValidateBlock(HANDLE heap, const void* block);
+bool HeapValidateBlock(HANDLE heap, const void* block);
 
 // Fault injection for tests: a request of more than `ceiling` bytes is passed to the heap as
 // a request for the largest possible size, so the heap's own out-of-memory path runs.
 // (size_t)-1, the default, turns it off. Returns the previous ceiling.
-MFCQMUTILS_API size_t SetHeapRequestCeiling(size_t ceiling);
+size_t SetHeapRequestCeiling(size_t ceiling);
 // The size actually asked of the heap for a request of `size` bytes.
 size_t CeiledHeapRequest(size_t size);
 

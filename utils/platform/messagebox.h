@@ -4,17 +4,10 @@
 #pragma once
 
 #include "utils/framework/winsys.h"
-#include "utils/framework/export.h"
+#include "utils/platform/host.h"
 
 namespace qm::platform {
 
-// Shows text with the given styles (MB_OK ...); returns the button chosen (IDOK ...).
-typedef int (*MessageBoxService)(const char* text, const char* caption, UINT type);
-
-// Installs a service (nullptr restores the default); returns the one installed before.
-MFCQMUTILS_API MessageBoxService SetMessageBoxService(MessageBoxService service);
-// Shows a message through the installed service.
-MFCQMUTILS_API int ShowMessageBox(const char* text, const char* caption, UINT type);
 
 // The default service of the backend.
 int DefaultMessageBox(const char* text, const char* caption, UINT type);

@@ -9,13 +9,12 @@
 #include <vector>
 
 #include "utils/framework/winclipboard.h"
-#include "utils/framework/export.h"
 
 namespace qm::platform {
 
 // Null when the bytes are not a metafile (no 18-byte header of 9 words, type 1 or 2).
-MFCQMUTILS_API HMETAFILE MetafileFromBits(UINT size, const BYTE* data);
-MFCQMUTILS_API BOOL MetafileDelete(HMETAFILE hmf);
+HMETAFILE MetafileFromBits(UINT size, const BYTE* data);
+BOOL MetafileDelete(HMETAFILE hmf);
 
 // Returns false to stop the walk.
 typedef bool (*MetafileRecordProc)(const METARECORD* record, std::size_t bytes, void* context);

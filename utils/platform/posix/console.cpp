@@ -1,4 +1,4 @@
-#include "utils/platform/console.h"
+#include "utils/platform/host.h"
 
 #include <fcntl.h>
 #include <poll.h>

@@ -6,7 +6,7 @@
 // name, type, data) with the value name compared without regard to ASCII case. The hive's
 // root is key 1. A key handle is a heap object registered in a set, so that a stale or
 // invented handle is answered with ERROR_INVALID_HANDLE instead of being used.
-#include "utils/platform/registry.h"
+#include "utils/platform/host.h"
 
 #include <sqlite3.h>
 #include <sys/stat.h>

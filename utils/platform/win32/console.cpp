@@ -1,4 +1,4 @@
-#include "utils/platform/console.h"
+#include "utils/platform/host.h"
 
 #include <io.h>
 #include <stdio.h>

@@ -1,5 +1,5 @@
 // The registry on Windows: advapi32 on the real hives.
-#include "utils/platform/registry.h"
+#include "utils/platform/host.h"
 
 #include <mutex>
 #include <string>

@@ -1,4 +1,4 @@
-#include "utils/platform/stream.h"
+#include "utils/platform/host.h"
 
 #include <shlwapi.h>
 
