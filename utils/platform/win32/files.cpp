@@ -6,6 +6,7 @@
 #include <stdlib.h>
 
 #include "utils/platform/files_text.h"
+#include "utils/platform/pathmodel.h"
 
 namespace qm::platform {
 
@@ -17,6 +18,14 @@ bool ToNativePath(const char* windowsPath, std::string& nativePath) {
 bool ToWindowsPath(const char* nativePath, std::string& windowsPath) {
     windowsPath = nativePath ? nativePath : "";
     return true;
+}
+
+// Windows has drive letters of its own: the drive map is not used here, but its model is part
+// of every build (and of its tests), so it is given the working directory all the same.
+std::string pathmodel::NativeCwd() {
+    char buffer[MAX_PATH + 1];
+    DWORD n = ::GetCurrentDirectoryA(sizeof buffer, buffer);
+    return n && n < sizeof buffer ? std::string(buffer, n) : std::string();
 }
 
 bool SetDriveMapping(char, const char*) { return false; }

@@ -1,0 +1,38 @@
+// Network names on POSIX: a drive whose directory lies on an SMB/CIFS or NFS mount reports its
+// share as \\server\share; no connection can be made from here.
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "utils/platform/posix/files_internal.h"
+
+namespace qm::platform {
+
+using namespace pathmodel;
+using namespace posixfs;
+
+DWORD WNetGetConnectionA(LPCSTR localName, LPSTR remoteName, DWORD* length) {
+    if (!localName || !length) return ERROR_INVALID_PARAMETER;
+    if (std::strlen(localName) != 2 || localName[1] != ':' || DriveIndex(localName[0]) < 0) return ERROR_BAD_DEVICE;
+    std::string dir = DriveDir(DriveIndex(localName[0]));
+    if (dir.empty()) return ERROR_NOT_CONNECTED;
+    std::ifstream in("/proc/self/mounts");
+    std::stringstream table;
+    table << in.rdbuf();
+    std::string remote = RemoteNameFromMountTable(table.str(), dir);
+    if (remote.empty()) return ERROR_NOT_CONNECTED;
+    if (!remoteName || *length <= remote.size()) {
+        *length = (DWORD)remote.size() + 1;
+        return ERROR_MORE_DATA;
+    }
+    std::memcpy(remoteName, remote.c_str(), remote.size() + 1);
+    return NO_ERROR;
+}
+
+DWORD WNetAddConnection2A(NETRESOURCEA* resource, LPCSTR, LPCSTR, DWORD) {
+    if (!resource) return ERROR_INVALID_PARAMETER;
+    return ERROR_NOT_SUPPORTED;
+}
+
+}  // namespace qm::platform
