@@ -10,7 +10,7 @@ install(TARGETS MFCQMUtils EXPORT MFCQMUtilsTargets
 # The public headers: the framework subset, the library's modules, the module frame and the one
 # host header of the platform layer. The rest of utils/platform is internal.
 install(DIRECTORY utils/framework utils/common utils/module DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/utils
-  FILES_MATCHING PATTERN "*.h")
+  FILES_MATCHING PATTERN "*.h" PATTERN "*_internal.h" EXCLUDE)
 install(FILES utils/platform/host.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/utils/platform)
 install(EXPORT MFCQMUtilsTargets NAMESPACE MFCQMUtils::
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/MFCQMUtils)

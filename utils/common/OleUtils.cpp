@@ -29,6 +29,30 @@ std::uint64_t PackedSize(const BITMAPINFOHEADER& bi) {
     return 40 + (masks ? 12 : 0) + 4 * colours + rows;
 }
 
+DWORD Dword(const BYTE* p) { return (DWORD)p[0] | ((DWORD)p[1] << 8) | ((DWORD)p[2] << 16) | ((DWORD)p[3] << 24); }
+WORD Word(const BYTE* p) { return (WORD)(p[0] | (p[1] << 8)); }
+
+// The byte length of each well-formed record of a metafile image, in order. The walk stops at
+// the end record, at a record shorter than its own header, or at one that would reach past the
+// end (of the bytes, or of the metafile's own length when that is shorter), so that no record
+// is read outside the metafile.
+std::vector<std::size_t> MetafileRecordSizes(const BYTE* data, std::size_t size) {
+    std::vector<std::size_t> sizes;
+    if (!qm::platform::MetafileHeaderValid(data, size)) return sizes;
+    // The metafile's own length (in words) limits the walk when it is shorter than the bytes.
+    std::size_t total = (std::size_t)Dword(data + 6) * 2;
+    if (total == 0 || total > size) total = size;
+    std::size_t offset = 18;
+    while (offset + 6 <= total) {
+        std::size_t bytes = (std::size_t)Dword(data + offset) * 2;
+        WORD function = Word(data + offset + 4);
+        if (function == 0 /* the end record */ || bytes < 6 || bytes > total - offset) break;
+        sizes.push_back(bytes);
+        offset += bytes;
+    }
+    return sizes;
+}
+
 bool OnRecord(const METARECORD* pMFR, std::size_t bytes, void* context) {
     auto* x = (Extraction*)context;
     // Records lie on 16-bit boundaries: their fields are copied out rather than read in place.
@@ -77,7 +101,9 @@ int OleUIMetafilePictExtract(CDIBitmap& bitmap, METAFILEPICT* lpmfp) {
     if (!CVASSERT(lpmfp)) return FALSE;
     HDC hdc = qm::platform::GdiGetScreenDC();
     Extraction x{&bitmap};
-    qm::platform::MetafileEnumRecords(hdc, lpmfp->hMF, OnRecord, &x);
+    std::vector<BYTE> bytes;
+    if (qm::platform::MetafileBits(lpmfp->hMF, bytes))
+        qm::platform::MetafileEnumRecords(hdc, lpmfp->hMF, MetafileRecordSizes(bytes.data(), bytes.size()), OnRecord, &x);
     qm::platform::GdiReleaseScreenDC(hdc);
     return bitmap.IsValid() ? TRUE : FALSE;
 }

@@ -1,8 +1,8 @@
 // Windows metafiles: a metafile handle over a metafile's bytes (SetMetaFileBitsEx /
-// DeleteMetaFile), and the walk over its records (EnumMetaFile on a device context). The walk
-// hands each record with the number of its bytes that lie inside the metafile, and stops at
-// the end record, at a record shorter than its own header, or at one that would reach past
-// the end, so that no record is read outside the metafile.
+// DeleteMetaFile), its bytes (GetMetaFileBitsEx), and the enumeration of its records on a
+// device context (EnumMetaFile). Where the records lie is the caller's reading of the bytes:
+// the enumeration hands on only the records the caller found whole, each with its size, so
+// that no record is read outside the metafile.
 #pragma once
 
 #include <cstddef>
@@ -12,18 +12,22 @@
 
 namespace qm::platform {
 
-// Null when the bytes are not a metafile (no 18-byte header of 9 words, type 1 or 2).
+// Null when the bytes are not a metafile (MetafileHeaderValid).
 HMETAFILE MetafileFromBits(UINT size, const BYTE* data);
 BOOL MetafileDelete(HMETAFILE hmf);
+// The metafile's bytes; false when the handle is not a metafile.
+bool MetafileBits(HMETAFILE hmf, std::vector<BYTE>& bytes);
 
 // Returns false to stop the walk.
 typedef bool (*MetafileRecordProc)(const METARECORD* record, std::size_t bytes, void* context);
-// False when the handle is not a metafile.
-bool MetafileEnumRecords(HDC hdc, HMETAFILE hmf, MetafileRecordProc proc, void* context);
+// Hands on the records in order, the first recordSizes.size() of them, each with its size in
+// bytes (recordSizes, from the caller's walk of MetafileBits). False when the handle is not a
+// metafile.
+bool MetafileEnumRecords(HDC hdc, HMETAFILE hmf, const std::vector<std::size_t>& recordSizes,
+                         MetafileRecordProc proc, void* context);
 
-// The byte length of each well-formed record of a metafile image, in order, up to the first
-// record the walk above stops at (shared by both backends).
-std::vector<std::size_t> MetafileRecordSizes(const BYTE* data, std::size_t size);
+// An 18-byte header of 9 words, type 1 (in memory) or 2 (on disk), as the system requires of
+// a metafile's bytes.
 bool MetafileHeaderValid(const BYTE* data, std::size_t size);
 
 }  // namespace qm::platform

@@ -42,16 +42,30 @@ BOOL MetafileDelete(HMETAFILE hmf) {
     return TRUE;
 }
 
-bool MetafileEnumRecords(HDC, HMETAFILE hmf, MetafileRecordProc proc, void* context) {
-    Metafile* m;
-    {
-        std::lock_guard<std::mutex> lock(g_lock);
-        auto it = g_metafiles.find((Metafile*)hmf);
-        if (it == g_metafiles.end()) return false;
-        m = *it;
-    }
+namespace {
+
+Metafile* Find(HMETAFILE hmf) {
+    std::lock_guard<std::mutex> lock(g_lock);
+    auto it = g_metafiles.find((Metafile*)hmf);
+    return it == g_metafiles.end() ? nullptr : *it;
+}
+
+}  // namespace
+
+bool MetafileBits(HMETAFILE hmf, std::vector<BYTE>& bytes) {
+    Metafile* m = Find(hmf);
+    if (!m) return false;
+    bytes.assign(m->Bytes(), m->Bytes() + m->size);
+    return true;
+}
+
+bool MetafileEnumRecords(HDC, HMETAFILE hmf, const std::vector<std::size_t>& recordSizes, MetafileRecordProc proc,
+                         void* context) {
+    Metafile* m = Find(hmf);
+    if (!m) return false;
     std::size_t offset = 18;
-    for (std::size_t bytes : MetafileRecordSizes(m->Bytes(), m->size)) {
+    for (std::size_t bytes : recordSizes) {
+        if (bytes > m->size - offset) break;  // sizes that do not fit these bytes are never followed
         if (!proc((const METARECORD*)(m->Bytes() + offset), bytes, context)) break;
         offset += bytes;
     }

@@ -4,13 +4,12 @@
 // Schema: keys(id, parent, name, path) with path the key's full name folded to lower case
 // (ASCII) and unique, so that opening a key of any depth is one indexed look-up; vals(key,
 // name, type, data) with the value name compared without regard to ASCII case. The hive's
-// root is key 1. A key handle is a heap object registered in a set, so that a stale or
+// root is key 1 (the connection and its statements: registry_store.cpp). A key handle is a heap object registered in a set, so that a stale or
 // invented handle is answered with ERROR_INVALID_HANDLE instead of being used.
 #include "utils/platform/host.h"
+#include "utils/platform/posix/registry_internal.h"
 
 #include <sqlite3.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdint>
@@ -27,10 +26,11 @@
 namespace qm::platform {
 namespace {
 
+using namespace posixreg;
+
 constexpr std::int64_t kRootKey = 1;
 constexpr size_t kMaxKeyNameLength = 255;
 constexpr size_t kMaxValueNameLength = 16383;
-constexpr int kBusyTimeoutMs = 10000;
 
 enum class Hive { CurrentUser, LocalMachine };
 
@@ -132,159 +132,22 @@ std::string JoinFolded(const std::string& base, const std::string& name) {
     return base.empty() ? Fold(name) : base + "\\" + Fold(name);
 }
 
-std::string DefaultStorePath() {
-    std::string base;
-    if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg && *xdg == '/') {
-        base = xdg;
-    } else if (const char* home = std::getenv("HOME"); home && *home) {
-        base = std::string(home) + "/.config";
-    } else {
-        base = "/tmp";
-    }
-    return base + "/MFCQMUtils/registry.db";
-}
-
-void MakeParentFolders(const std::string& file) {
-    for (size_t pos = file.find('/', 1); pos != std::string::npos; pos = file.find('/', pos + 1))
-        ::mkdir(file.substr(0, pos).c_str(), 0700);
-}
-
-// ---------------------------------------------------------------------------------------
-// The store: one connection per process, guarded by a mutex.
-
-class Statement {
-public:
-    Statement(sqlite3* db, const char* sql) {
-        if (sqlite3_prepare_v3(db, sql, -1, SQLITE_PREPARE_PERSISTENT, &m_stmt, nullptr) != SQLITE_OK)
-            m_stmt = nullptr;
-    }
-    ~Statement() { sqlite3_finalize(m_stmt); }
-    Statement(const Statement&) = delete;
-    Statement& operator=(const Statement&) = delete;
-    sqlite3_stmt* Get() const { return m_stmt; }
-
-private:
-    sqlite3_stmt* m_stmt = nullptr;
+// The process's connection and handles, made at first use (also when a static initializer
+// of the host reaches the registry before this file's own statics would be constructed).
+struct Globals {
+    std::mutex mutex;
+    Store store;
+    std::set<KeyHandle*> handles;
+    // Key ids by folded path, as this process last saw them. Opening a key that is here costs
+    // no statement; every later statement on the key checks that it still exists, and a key
+    // that another process deleted meanwhile is looked up (or, for a created key, made) again.
+    std::unordered_map<std::string, std::int64_t> keyIds;
 };
 
-// Resets a statement when the call that used it is done.
-class Use {
-public:
-    explicit Use(const Statement& s) : m_stmt(s.Get()) {}
-    ~Use() {
-        if (m_stmt) {
-            sqlite3_reset(m_stmt);
-            sqlite3_clear_bindings(m_stmt);
-        }
-    }
-    Use(const Use&) = delete;
-    Use& operator=(const Use&) = delete;
-    explicit operator bool() const { return m_stmt != nullptr; }
-    sqlite3_stmt* operator->() const { return m_stmt; }
-    operator sqlite3_stmt*() const { return m_stmt; }
-
-private:
-    sqlite3_stmt* m_stmt;
-};
-
-void BindText(sqlite3_stmt* s, int i, const std::string& text) {
-    sqlite3_bind_text(s, i, text.data(), (int)text.size(), SQLITE_STATIC);
+Globals& G() {
+    static Globals globals;
+    return globals;
 }
-
-class Store {
-public:
-    ~Store() { Close(); }
-
-    bool Open();
-    void Close();
-    void SetLocation(const char* location) {
-        Close();
-        m_location = location ? location : "";
-    }
-
-    bool Exec(const char* sql) { return sqlite3_exec(m_db, sql, nullptr, nullptr, nullptr) == SQLITE_OK; }
-    sqlite3* Db() const { return m_db; }
-
-    std::unique_ptr<Statement> findKey, insertKey, queryValue, setValue, deleteValue, keyExists,
-        enumValue, enumKey, deleteTreeValues, deleteTreeKeys;
-
-private:
-    sqlite3* m_db = nullptr;
-    std::string m_location;  // empty: the environment or the default location
-};
-
-bool Store::Open() {
-    if (m_db) return true;
-    std::string path = m_location;
-    if (path.empty()) {
-        const char* env = std::getenv("MFCQMUTILS_REGISTRY");
-        path = env && *env ? env : DefaultStorePath();
-    }
-    MakeParentFolders(path);
-    if (sqlite3_open_v2(path.c_str(), &m_db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX,
-                        nullptr) != SQLITE_OK) {
-        Close();
-        return false;
-    }
-    sqlite3_busy_timeout(m_db, kBusyTimeoutMs);
-    // WAL lets readers run beside one writer; with synchronous NORMAL a commit survives the
-    // process being killed at any moment (only a power loss may drop the last commits).
-    if (!Exec("PRAGMA journal_mode=WAL") || !Exec("PRAGMA synchronous=NORMAL") ||
-        !Exec("BEGIN IMMEDIATE;"
-              "CREATE TABLE IF NOT EXISTS keys(id INTEGER PRIMARY KEY, parent INTEGER NOT NULL,"
-              " name TEXT NOT NULL, path TEXT NOT NULL UNIQUE);"
-              "CREATE INDEX IF NOT EXISTS keys_parent ON keys(parent);"
-              "CREATE TABLE IF NOT EXISTS vals(id INTEGER PRIMARY KEY, key INTEGER NOT NULL,"
-              " name TEXT NOT NULL COLLATE NOCASE, type INTEGER NOT NULL, data BLOB NOT NULL,"
-              " UNIQUE(key, name));"
-              "INSERT OR IGNORE INTO keys(id, parent, name, path) VALUES(1, 0, '', '');"
-              "COMMIT;")) {
-        Close();
-        return false;
-    }
-    auto prepare = [this](const char* sql) { return std::make_unique<Statement>(m_db, sql); };
-    findKey = prepare("SELECT id FROM keys WHERE path = ?1");
-    insertKey = prepare("INSERT INTO keys(parent, name, path) VALUES(?1, ?2, ?3)");
-    queryValue = prepare(
-        "SELECT v.type, v.data FROM keys k LEFT JOIN vals v ON v.key = k.id AND v.name = ?2 WHERE k.id = ?1");
-    setValue = prepare(
-        "INSERT INTO vals(key, name, type, data) SELECT ?1, ?2, ?3, ?4 WHERE EXISTS"
-        " (SELECT 1 FROM keys WHERE id = ?1) ON CONFLICT(key, name) DO UPDATE SET type = excluded.type,"
-        " data = excluded.data");
-    deleteValue = prepare("DELETE FROM vals WHERE key = ?1 AND name = ?2");
-    keyExists = prepare("SELECT 1 FROM keys WHERE id = ?1");
-    enumValue = prepare("SELECT name, type, data FROM vals WHERE key = ?1 ORDER BY id LIMIT 1 OFFSET ?2");
-    enumKey = prepare("SELECT name FROM keys WHERE parent = ?1 ORDER BY path LIMIT 1 OFFSET ?2");
-    deleteTreeValues = prepare(
-        "WITH RECURSIVE t(id) AS (SELECT ?1 UNION ALL SELECT k.id FROM keys k JOIN t ON k.parent = t.id)"
-        " DELETE FROM vals WHERE key IN t");
-    deleteTreeKeys = prepare(
-        "WITH RECURSIVE t(id) AS (SELECT ?1 UNION ALL SELECT k.id FROM keys k JOIN t ON k.parent = t.id)"
-        " DELETE FROM keys WHERE id IN t");
-    for (auto* s : {&findKey, &insertKey, &queryValue, &setValue, &deleteValue, &keyExists, &enumValue,
-                    &enumKey, &deleteTreeValues, &deleteTreeKeys})
-        if (!(*s)->Get()) {
-            Close();
-            return false;
-        }
-    return true;
-}
-
-void Store::Close() {
-    for (auto* s : {&findKey, &insertKey, &queryValue, &setValue, &deleteValue, &keyExists, &enumValue,
-                    &enumKey, &deleteTreeValues, &deleteTreeKeys})
-        s->reset();
-    if (m_db) sqlite3_close_v2(m_db);
-    m_db = nullptr;
-}
-
-std::mutex g_mutex;
-Store g_store;
-std::set<KeyHandle*> g_handles;
-// Key ids by folded path, as this process last saw them. Opening a key that is here costs no
-// statement; every later statement on the key checks that it still exists, and a key that
-// another process deleted meanwhile is looked up (or, for a created key, made) again.
-std::unordered_map<std::string, std::int64_t> g_keyIds;
 
 // Resolves a handle (predefined or opened) under the lock; nullptr when it is not valid.
 KeyHandle* Resolve(HKEY key) {
@@ -292,13 +155,13 @@ KeyHandle* Resolve(HKEY key) {
     static KeyHandle localMachine{Hive::LocalMachine, 0, KEY_READ, "", false};
     if (key == HKEY_CURRENT_USER) return &currentUser;
     if (key == HKEY_LOCAL_MACHINE) return &localMachine;
-    auto it = g_handles.find(reinterpret_cast<KeyHandle*>(key));
-    return it == g_handles.end() ? nullptr : *it;
+    auto it = G().handles.find(reinterpret_cast<KeyHandle*>(key));
+    return it == G().handles.end() ? nullptr : *it;
 }
 
 HKEY NewHandle(KeyHandle handle) {
     auto* h = new KeyHandle(std::move(handle));
-    g_handles.insert(h);
+    G().handles.insert(h);
     return reinterpret_cast<HKEY>(h);
 }
 
@@ -307,7 +170,7 @@ LONG StoreError() { return ERROR_BADDB; }
 // The id of the key at a folded path, or 0 when there is none (-1 on a store error).
 std::int64_t FindKey(const std::string& path) {
     if (path.empty()) return kRootKey;
-    Use s(*g_store.findKey);
+    Use s(*G().store.findKey);
     BindText(s, 1, path);
     int rc = sqlite3_step(s);
     if (rc == SQLITE_ROW) return sqlite3_column_int64(s, 0);
@@ -322,11 +185,11 @@ LONG FindOrMakeKey(const std::string& full, const std::vector<std::string>& name
     std::int64_t found = FindKey(full);
     if (found < 0) return StoreError();
     if (found > 0) {
-        *id = g_keyIds[full] = found;
+        *id = G().keyIds[full] = found;
         return ERROR_SUCCESS;
     }
     if (!create) return ERROR_FILE_NOT_FOUND;
-    if (!g_store.Exec("BEGIN IMMEDIATE")) return StoreError();
+    if (!G().store.Exec("BEGIN IMMEDIATE")) return StoreError();
     // The names below the hive's root, outermost first, and their folded paths.
     std::vector<std::string> parts;
     size_t start = 0;
@@ -347,23 +210,23 @@ LONG FindOrMakeKey(const std::string& full, const std::vector<std::string>& name
             size_t fromEnd = parts.size() - i;
             std::string name = fromEnd <= names.size() ? names[names.size() - fromEnd]
                                                        : parts[i].substr(parts[i].rfind('\\') + 1);
-            Use s(*g_store.insertKey);
+            Use s(*G().store.insertKey);
             sqlite3_bind_int64(s, 1, current);
             BindText(s, 2, name);
             BindText(s, 3, parts[i]);
             if (sqlite3_step(s) != SQLITE_DONE) result = StoreError();
-            next = sqlite3_last_insert_rowid(g_store.Db());
+            next = sqlite3_last_insert_rowid(G().store.Db());
             *made = true;
         }
         current = next;
     }
-    if (result == ERROR_SUCCESS && !g_store.Exec("COMMIT")) result = StoreError();
+    if (result == ERROR_SUCCESS && !G().store.Exec("COMMIT")) result = StoreError();
     if (result != ERROR_SUCCESS) {
-        g_store.Exec("ROLLBACK");
+        G().store.Exec("ROLLBACK");
         *made = false;
         return result;
     }
-    *id = g_keyIds[full] = current;
+    *id = G().keyIds[full] = current;
     return ERROR_SUCCESS;
 }
 
@@ -371,7 +234,7 @@ LONG FindOrMakeKey(const std::string& full, const std::vector<std::string>& name
 // key). ERROR_KEY_DELETED when it is gone for good.
 LONG Refresh(KeyHandle* h) {
     if (h->id == kRootKey) return StoreError();
-    g_keyIds.erase(h->path);
+    G().keyIds.erase(h->path);
     std::int64_t id = 0;
     bool made = false;
     LONG rc = FindOrMakeKey(h->path, {}, h->created, &id, &made);
@@ -398,7 +261,7 @@ LONG OpenOrCreate(HKEY root, const char* subKey, REGSAM access, HKEY* result, DW
     *result = nullptr;
     std::vector<std::string> names;
     if (LONG rc = SplitKeyPath(subKey, &names); rc != ERROR_SUCCESS) return rc;
-    std::lock_guard<std::mutex> lock(g_mutex);
+    std::lock_guard<std::mutex> lock(G().mutex);
     KeyHandle* parent = Resolve(root);
     if (!parent) return ERROR_INVALID_HANDLE;
     if (parent->hive == Hive::LocalMachine) {
@@ -409,12 +272,12 @@ LONG OpenOrCreate(HKEY root, const char* subKey, REGSAM access, HKEY* result, DW
         if (disposition) *disposition = REG_OPENED_EXISTING_KEY;
         return ERROR_SUCCESS;
     }
-    if (!g_store.Open()) return StoreError();
+    if (!G().store.Open()) return StoreError();
     std::string full = parent->path;
     for (const auto& n : names) full = JoinFolded(full, n);
     std::int64_t id = 0;
     bool made = false;
-    if (auto it = g_keyIds.find(full); it != g_keyIds.end()) {
+    if (auto it = G().keyIds.find(full); it != G().keyIds.end()) {
         id = it->second;
     } else if (LONG rc = FindOrMakeKey(full, names, create, &id, &made); rc != ERROR_SUCCESS) {
         return rc;
@@ -440,7 +303,7 @@ LONG CopyOut(DWORD type, const void* bytes, size_t count, DWORD* typeOut, BYTE* 
 }
 
 bool UserKeyExists(std::int64_t id) {
-    Use s(*g_store.keyExists);
+    Use s(*G().store.keyExists);
     sqlite3_bind_int64(s, 1, id);
     return sqlite3_step(s) == SQLITE_ROW;
 }
@@ -456,18 +319,18 @@ LONG RegistryOpenKey(HKEY root, const char* subKey, REGSAM access, HKEY* result)
 }
 
 LONG RegistryCloseKey(HKEY key) {
-    std::lock_guard<std::mutex> lock(g_mutex);
+    std::lock_guard<std::mutex> lock(G().mutex);
     if (key == HKEY_CURRENT_USER || key == HKEY_LOCAL_MACHINE) return ERROR_SUCCESS;
-    auto it = g_handles.find(reinterpret_cast<KeyHandle*>(key));
-    if (it == g_handles.end()) return ERROR_INVALID_HANDLE;
+    auto it = G().handles.find(reinterpret_cast<KeyHandle*>(key));
+    if (it == G().handles.end()) return ERROR_INVALID_HANDLE;
     delete *it;
-    g_handles.erase(it);
+    G().handles.erase(it);
     return ERROR_SUCCESS;
 }
 
 LONG RegistryQueryValue(HKEY key, const char* name, DWORD* type, BYTE* data, DWORD* size) {
     std::string valueName = name ? name : "";
-    std::lock_guard<std::mutex> lock(g_mutex);
+    std::lock_guard<std::mutex> lock(G().mutex);
     KeyHandle* h = Resolve(key);
     if (!h) return ERROR_INVALID_HANDLE;
     if (!(h->access & KEY_QUERY_VALUE)) return ERROR_ACCESS_DENIED;
@@ -476,9 +339,9 @@ LONG RegistryQueryValue(HKEY key, const char* name, DWORD* type, BYTE* data, DWO
         std::string product = ProductName();
         return CopyOut(REG_SZ, product.c_str(), product.size() + 1, type, data, size);
     }
-    if (!g_store.Open()) return StoreError();
+    if (!G().store.Open()) return StoreError();
     for (int attempt = 0;; ++attempt) {
-        Use s(*g_store.queryValue);
+        Use s(*G().store.queryValue);
         sqlite3_bind_int64(s, 1, h->id);
         BindText(s, 2, valueName);
         int rc = sqlite3_step(s);
@@ -502,21 +365,21 @@ LONG RegistrySetValue(HKEY key, const char* name, DWORD type, const BYTE* data, 
     // value (and needs the same buffer) as when the zero was counted. The zero is appended
     // rather than read past the caller's size.
     if ((type == REG_SZ || type == REG_EXPAND_SZ) && !bytes.empty() && bytes.back() != '\0') bytes += '\0';
-    std::lock_guard<std::mutex> lock(g_mutex);
+    std::lock_guard<std::mutex> lock(G().mutex);
     KeyHandle* h = Resolve(key);
     if (!h) return ERROR_INVALID_HANDLE;
     if (h->hive == Hive::LocalMachine || !(h->access & KEY_SET_VALUE)) return ERROR_ACCESS_DENIED;
-    if (!g_store.Open()) return StoreError();
+    if (!G().store.Open()) return StoreError();
     for (int attempt = 0;; ++attempt) {
         {
-            Use s(*g_store.setValue);
+            Use s(*G().store.setValue);
             sqlite3_bind_int64(s, 1, h->id);
             BindText(s, 2, valueName);
             sqlite3_bind_int64(s, 3, type);
             sqlite3_bind_blob(s, 4, bytes.data(), (int)bytes.size(), SQLITE_STATIC);
             if (sqlite3_step(s) != SQLITE_DONE) return StoreError();
         }
-        if (sqlite3_changes(g_store.Db())) return ERROR_SUCCESS;
+        if (sqlite3_changes(G().store.Db())) return ERROR_SUCCESS;
         if (attempt) return ERROR_KEY_DELETED;
         if (LONG r = Refresh(h); r != ERROR_SUCCESS) return r;
     }
@@ -524,18 +387,18 @@ LONG RegistrySetValue(HKEY key, const char* name, DWORD type, const BYTE* data, 
 
 LONG RegistryDeleteValue(HKEY key, const char* name) {
     std::string valueName = name ? name : "";
-    std::lock_guard<std::mutex> lock(g_mutex);
+    std::lock_guard<std::mutex> lock(G().mutex);
     KeyHandle* h = Resolve(key);
     if (!h) return ERROR_INVALID_HANDLE;
     if (h->hive == Hive::LocalMachine || !(h->access & KEY_SET_VALUE)) return ERROR_ACCESS_DENIED;
-    if (!g_store.Open()) return StoreError();
+    if (!G().store.Open()) return StoreError();
     {
-        Use s(*g_store.deleteValue);
+        Use s(*G().store.deleteValue);
         sqlite3_bind_int64(s, 1, h->id);
         BindText(s, 2, valueName);
         if (sqlite3_step(s) != SQLITE_DONE) return StoreError();
     }
-    if (sqlite3_changes(g_store.Db())) return ERROR_SUCCESS;
+    if (sqlite3_changes(G().store.Db())) return ERROR_SUCCESS;
     if (UserKeyExists(h->id)) return ERROR_FILE_NOT_FOUND;
     // The key went away under the handle; a key made again has no values either.
     LONG r = Refresh(h);
@@ -545,40 +408,40 @@ LONG RegistryDeleteValue(HKEY key, const char* name) {
 LONG RegistryDeleteTree(HKEY root, const char* subKey) {
     std::vector<std::string> names;
     if (LONG rc = SplitKeyPath(subKey, &names); rc != ERROR_SUCCESS) return rc;
-    std::lock_guard<std::mutex> lock(g_mutex);
+    std::lock_guard<std::mutex> lock(G().mutex);
     KeyHandle* h = Resolve(root);
     if (!h) return ERROR_INVALID_HANDLE;
     if (h->hive == Hive::LocalMachine) return ERROR_ACCESS_DENIED;
-    if (!g_store.Open()) return StoreError();
+    if (!G().store.Open()) return StoreError();
     std::string full = h->path;
     for (const auto& n : names) full = JoinFolded(full, n);
-    g_keyIds.clear();  // ids below the key are not known by path here
+    G().keyIds.clear();  // ids below the key are not known by path here
     std::int64_t id = 0;
     bool made = false;
     if (LONG rc = FindOrMakeKey(full, names, false, &id, &made); rc != ERROR_SUCCESS) return rc;
-    g_keyIds.clear();
-    if (!g_store.Exec("BEGIN IMMEDIATE")) return StoreError();
+    G().keyIds.clear();
+    if (!G().store.Exec("BEGIN IMMEDIATE")) return StoreError();
     bool ok = true;
     {
-        Use s(*g_store.deleteTreeValues);
+        Use s(*G().store.deleteTreeValues);
         sqlite3_bind_int64(s, 1, id);
         ok = sqlite3_step(s) == SQLITE_DONE;
     }
     // The hive's root keeps itself (as a predefined key does) and loses only what is below.
     if (ok) {
-        Use s(*g_store.deleteTreeKeys);
+        Use s(*G().store.deleteTreeKeys);
         sqlite3_bind_int64(s, 1, id);
         ok = sqlite3_step(s) == SQLITE_DONE;
-        if (ok && id == kRootKey) ok = g_store.Exec("INSERT OR IGNORE INTO keys(id, parent, name, path) VALUES(1, 0, '', '')");
+        if (ok && id == kRootKey) ok = G().store.Exec("INSERT OR IGNORE INTO keys(id, parent, name, path) VALUES(1, 0, '', '')");
     }
-    if (ok && g_store.Exec("COMMIT")) return ERROR_SUCCESS;
-    g_store.Exec("ROLLBACK");
+    if (ok && G().store.Exec("COMMIT")) return ERROR_SUCCESS;
+    G().store.Exec("ROLLBACK");
     return StoreError();
 }
 
 LONG RegistryEnumValue(HKEY key, DWORD index, char* name, DWORD* nameSize, DWORD* type, BYTE* data, DWORD* size) {
     if (!name || !nameSize) return ERROR_INVALID_PARAMETER;
-    std::lock_guard<std::mutex> lock(g_mutex);
+    std::lock_guard<std::mutex> lock(G().mutex);
     KeyHandle* h = Resolve(key);
     if (!h) return ERROR_INVALID_HANDLE;
     if (!(h->access & KEY_QUERY_VALUE)) return ERROR_ACCESS_DENIED;
@@ -591,8 +454,8 @@ LONG RegistryEnumValue(HKEY key, DWORD index, char* name, DWORD* nameSize, DWORD
         bytes += '\0';
         valueType = REG_SZ;
     } else {
-        if (!g_store.Open()) return StoreError();
-        Use s(*g_store.enumValue);
+        if (!G().store.Open()) return StoreError();
+        Use s(*G().store.enumValue);
         sqlite3_bind_int64(s, 1, h->id);
         sqlite3_bind_int64(s, 2, index);
         int rc = sqlite3_step(s);
@@ -611,7 +474,7 @@ LONG RegistryEnumValue(HKEY key, DWORD index, char* name, DWORD* nameSize, DWORD
 
 LONG RegistryEnumKey(HKEY key, DWORD index, char* name, DWORD* nameSize) {
     if (!name || !nameSize) return ERROR_INVALID_PARAMETER;
-    std::lock_guard<std::mutex> lock(g_mutex);
+    std::lock_guard<std::mutex> lock(G().mutex);
     KeyHandle* h = Resolve(key);
     if (!h) return ERROR_INVALID_HANDLE;
     std::string keyName;
@@ -621,8 +484,8 @@ LONG RegistryEnumKey(HKEY key, DWORD index, char* name, DWORD* nameSize) {
             if (kMachineNodes[i].parent == h->id && seen++ == index) keyName = kMachineNodes[i].name;
         if (keyName.empty()) return ERROR_NO_MORE_ITEMS;
     } else {
-        if (!g_store.Open()) return StoreError();
-        Use s(*g_store.enumKey);
+        if (!G().store.Open()) return StoreError();
+        Use s(*G().store.enumKey);
         sqlite3_bind_int64(s, 1, h->id);
         sqlite3_bind_int64(s, 2, index);
         int rc = sqlite3_step(s);
@@ -637,9 +500,9 @@ LONG RegistryEnumKey(HKEY key, DWORD index, char* name, DWORD* nameSize) {
 }
 
 void SetRegistryStoreLocation(const char* location) {
-    std::lock_guard<std::mutex> lock(g_mutex);
-    g_store.SetLocation(location);
-    g_keyIds.clear();
+    std::lock_guard<std::mutex> lock(G().mutex);
+    G().store.SetLocation(location);
+    G().keyIds.clear();
 }
 
 }  // namespace qm::platform

@@ -21,18 +21,23 @@ struct Walk {
 
 int CALLBACK OnRecord(HDC, HANDLETABLE*, METARECORD* record, int, LPARAM param) {
     auto* w = (Walk*)param;
-    // Only the records that the checked walk of the same bytes found whole are handed on.
+    // Only the records that the caller's checked walk of the same bytes found whole are handed on.
     if (w->index >= w->sizes.size()) return 0;
     return w->proc(record, w->sizes[w->index++], w->context) ? 1 : 0;
 }
 }  // namespace
 
-bool MetafileEnumRecords(HDC hdc, HMETAFILE hmf, MetafileRecordProc proc, void* context) {
+bool MetafileBits(HMETAFILE hmf, std::vector<BYTE>& bytes) {
     UINT size = GetMetaFileBitsEx(hmf, 0, nullptr);
     if (size == 0) return false;
-    std::vector<BYTE> bytes(size);
-    if (GetMetaFileBitsEx(hmf, size, bytes.data()) != size) return false;
-    Walk w{MetafileRecordSizes(bytes.data(), bytes.size()), 0, proc, context};
+    bytes.resize(size);
+    return GetMetaFileBitsEx(hmf, size, bytes.data()) == size;
+}
+
+bool MetafileEnumRecords(HDC hdc, HMETAFILE hmf, const std::vector<std::size_t>& recordSizes, MetafileRecordProc proc,
+                         void* context) {
+    if (GetMetaFileBitsEx(hmf, 0, nullptr) == 0) return false;
+    Walk w{recordSizes, 0, proc, context};
     EnumMetaFile(hdc, hmf, OnRecord, (LPARAM)&w);
     return true;
 }
