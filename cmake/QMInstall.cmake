@@ -43,5 +43,6 @@ else()
 endif()
 # The file finds the prefix from where it lies, so the package may be unpacked anywhere.
 file(RELATIVE_PATH QM_PC_TO_PREFIX "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/prefix")
+string(REGEX REPLACE "/$" "" QM_PC_TO_PREFIX "${QM_PC_TO_PREFIX}")
 configure_file(cmake/mfcqmutils.pc.in ${CMAKE_CURRENT_BINARY_DIR}/mfcqmutils.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/mfcqmutils.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
