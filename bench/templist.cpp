@@ -57,7 +57,7 @@ void Register(benchmark::State& state, bool batched) {
         state.PauseTiming();
         list.SuspendSaving(true);  // the clean-up is not measured
         list.RemoveAll();
-        qm::platform::DeleteFileA(file.c_str());
+        qm::platform::FileDelete(file.c_str());
         state.ResumeTiming();
     }
     state.counters["MB_written"] = bytes / 1e6 / (double)state.iterations();

@@ -30,35 +30,35 @@ TEST_F(FileServices, FailuresGiveTheWindowsErrorCodes) {
         std::function<bool()> call;  // true on success
         DWORD error;
     } cases[] = {
-        {"attributes of a missing file", [&] { return fs::GetFileAttributesA(At("missing")) != INVALID_FILE_ATTRIBUTES; }, 2},
-        {"attributes below a missing folder", [&] { return fs::GetFileAttributesA(At("none\\x")) != INVALID_FILE_ATTRIBUTES; }, 3},
-        {"create an existing folder", [&] { return fs::CreateDirectoryA(At("d"), nullptr) != 0; }, 183},
-        {"create below a missing folder", [&] { return fs::CreateDirectoryA(At("none\\d"), nullptr) != 0; }, 3},
-        {"remove a folder that is not empty", [&] { return fs::RemoveDirectoryA(At("d")) != 0; }, 145},
-        {"remove a file as a folder", [&] { return fs::RemoveDirectoryA(At("other.txt")) != 0; }, 267},
-        {"delete a missing file", [&] { return fs::DeleteFileA(At("missing")) != 0; }, 2},
-        {"delete a folder as a file", [&] { return fs::DeleteFileA(At("d")) != 0; }, 5},
-        {"copy onto an existing file", [&] { return fs::CopyFileA(At("other.txt"), At("d\\f.txt"), TRUE) != 0; }, 80},
-        {"copy a missing file", [&] { return fs::CopyFileA(At("missing"), At("new.txt"), FALSE) != 0; }, 2},
-        {"move onto an existing file", [&] { return fs::MoveFileA(At("other.txt"), At("d\\f.txt")) != 0; }, 183},
-        {"search a missing folder", [&] { return fs::FindFirstFileA(At("none\\*"), &data) != INVALID_HANDLE_VALUE; }, 3},
-        {"search without a match", [&] { return fs::FindFirstFileA(At("*.zzz"), &data) != INVALID_HANDLE_VALUE; }, 2},
-        {"current folder that is missing", [&] { return fs::SetCurrentDirectoryA(At("none")) != 0; }, 2},
+        {"attributes of a missing file", [&] { return fs::FileGetAttributes(At("missing")) != INVALID_FILE_ATTRIBUTES; }, 2},
+        {"attributes below a missing folder", [&] { return fs::FileGetAttributes(At("none\\x")) != INVALID_FILE_ATTRIBUTES; }, 3},
+        {"create an existing folder", [&] { return fs::FolderCreate(At("d"), nullptr) != 0; }, 183},
+        {"create below a missing folder", [&] { return fs::FolderCreate(At("none\\d"), nullptr) != 0; }, 3},
+        {"remove a folder that is not empty", [&] { return fs::FolderRemove(At("d")) != 0; }, 145},
+        {"remove a file as a folder", [&] { return fs::FolderRemove(At("other.txt")) != 0; }, 267},
+        {"delete a missing file", [&] { return fs::FileDelete(At("missing")) != 0; }, 2},
+        {"delete a folder as a file", [&] { return fs::FileDelete(At("d")) != 0; }, 5},
+        {"copy onto an existing file", [&] { return fs::FileCopy(At("other.txt"), At("d\\f.txt"), TRUE) != 0; }, 80},
+        {"copy a missing file", [&] { return fs::FileCopy(At("missing"), At("new.txt"), FALSE) != 0; }, 2},
+        {"move onto an existing file", [&] { return fs::FileMove(At("other.txt"), At("d\\f.txt")) != 0; }, 183},
+        {"search a missing folder", [&] { return fs::FindFirstEntry(At("none\\*"), &data) != INVALID_HANDLE_VALUE; }, 3},
+        {"search without a match", [&] { return fs::FindFirstEntry(At("*.zzz"), &data) != INVALID_HANDLE_VALUE; }, 2},
+        {"current folder that is missing", [&] { return fs::FolderSetCurrent(At("none")) != 0; }, 2},
     };
     for (const auto& c : cases) {
         fs::SetLastError(0);
         EXPECT_FALSE(c.call()) << c.what;
         EXPECT_EQ(fs::GetLastError(), c.error) << c.what;
     }
-    HANDLE h = fs::FindFirstFileA(At("d\\*"), &data);
+    HANDLE h = fs::FindFirstEntry(At("d\\*"), &data);
     ASSERT_NE(h, INVALID_HANDLE_VALUE);
-    while (fs::FindNextFileA(h, &data)) {
+    while (fs::FindNextEntry(h, &data)) {
     }
     EXPECT_EQ(fs::GetLastError(), (DWORD)ERROR_NO_MORE_FILES);
-    EXPECT_TRUE(fs::FindClose(h));
-    EXPECT_TRUE(fs::CopyFileA(At("other.txt"), At("d\\f.txt"), FALSE));
-    EXPECT_TRUE(fs::MoveFileA(At("d\\f.txt"), At("moved.txt")));
-    EXPECT_EQ(fs::GetFileAttributesA(At("d")) & FILE_ATTRIBUTE_DIRECTORY, (DWORD)FILE_ATTRIBUTE_DIRECTORY);
+    EXPECT_TRUE(fs::FindEnd(h));
+    EXPECT_TRUE(fs::FileCopy(At("other.txt"), At("d\\f.txt"), FALSE));
+    EXPECT_TRUE(fs::FileMove(At("d\\f.txt"), At("moved.txt")));
+    EXPECT_EQ(fs::FileGetAttributes(At("d")) & FILE_ATTRIBUTE_DIRECTORY, (DWORD)FILE_ATTRIBUTE_DIRECTORY);
 }
 
 class Wildcards : public qmtest::TempFolderTest {
@@ -73,13 +73,13 @@ protected:
             SCOPED_TRACE(c.pattern);
             Names found;
             WIN32_FIND_DATAA data;
-            HANDLE h = fs::FindFirstFileA(At(c.pattern), &data);
+            HANDLE h = fs::FindFirstEntry(At(c.pattern), &data);
             if (h != INVALID_HANDLE_VALUE) {
                 do {
                     std::string name = data.cFileName;
                     if (name != "." && name != "..") found.insert(name);
-                } while (fs::FindNextFileA(h, &data));
-                fs::FindClose(h);
+                } while (fs::FindNextEntry(h, &data));
+                fs::FindEnd(h);
             }
             EXPECT_EQ(found, c.matches);
         }
@@ -136,41 +136,41 @@ TEST_F(FileServices, FullPathsResolveDotsAndSeparators) {
         SCOPED_TRACE(c.path);
         char buffer[MAX_PATH];
         char* name = buffer;
-        EXPECT_EQ(fs::GetFullPathNameA(c.path, MAX_PATH, buffer, &name), (DWORD)std::strlen(c.full));
+        EXPECT_EQ(fs::PathGetFull(c.path, MAX_PATH, buffer, &name), (DWORD)std::strlen(c.full));
         EXPECT_STREQ(buffer, c.full);
         if (c.name) EXPECT_STREQ(name, c.name);
         else EXPECT_EQ(name, nullptr);
     }
     char tiny[4];
-    EXPECT_EQ(fs::GetFullPathNameA("Z:\\abc\\def", sizeof tiny, tiny, nullptr), 11u);  // the size needed
-    DWORD needed = fs::GetCurrentDirectoryA(0, nullptr);
+    EXPECT_EQ(fs::PathGetFull("Z:\\abc\\def", sizeof tiny, tiny, nullptr), 11u);  // the size needed
+    DWORD needed = fs::FolderGetCurrent(0, nullptr);
     std::string cwd(needed, '\0');
-    EXPECT_EQ(fs::GetCurrentDirectoryA(needed, cwd.data()), needed - 1);
+    EXPECT_EQ(fs::FolderGetCurrent(needed, cwd.data()), needed - 1);
 }
 
 TEST_F(FileServices, TempFileNamesAndReadOnlyFiles) {
     CString folder = root.Left(root.GetLength() - 1);
     char name[MAX_PATH];
     // A number given is used (its low 16 bits) and nothing is created.
-    EXPECT_EQ(fs::GetTempFileNameA(folder, "QMXY", 0x1234A, name), 0x234Au);
+    EXPECT_EQ(fs::TempFileCreateName(folder, "QMXY", 0x1234A, name), 0x234Au);
     EXPECT_EQ(CString(name).CompareNoCase(At("QMX234A.tmp")), 0);
     EXPECT_FALSE(FileSystem::FileExists(name));
     // Numbers the system picks are created exclusively, so they never repeat.
     Names created;
     for (int i = 0; i < 40; ++i) {
-        ASSERT_NE(fs::GetTempFileNameA(folder, "Q", 0, name), 0u);
+        ASSERT_NE(fs::TempFileCreateName(folder, "Q", 0, name), 0u);
         EXPECT_TRUE(FileSystem::FileExists(name));
         created.insert(name);
     }
     EXPECT_EQ(created.size(), 40u);
 
     Touch("ro.txt");
-    EXPECT_TRUE(fs::SetFileAttributesA(At("ro.txt"), FILE_ATTRIBUTE_READONLY));
-    EXPECT_NE(fs::GetFileAttributesA(At("ro.txt")) & FILE_ATTRIBUTE_READONLY, 0u);
-    EXPECT_FALSE(fs::DeleteFileA(At("ro.txt")));
+    EXPECT_TRUE(fs::FileSetAttributes(At("ro.txt"), FILE_ATTRIBUTE_READONLY));
+    EXPECT_NE(fs::FileGetAttributes(At("ro.txt")) & FILE_ATTRIBUTE_READONLY, 0u);
+    EXPECT_FALSE(fs::FileDelete(At("ro.txt")));
     EXPECT_EQ(fs::GetLastError(), (DWORD)ERROR_ACCESS_DENIED);
-    EXPECT_TRUE(fs::SetFileAttributesA(At("ro.txt"), FILE_ATTRIBUTE_NORMAL));
-    EXPECT_TRUE(fs::DeleteFileA(At("ro.txt")));
+    EXPECT_TRUE(fs::FileSetAttributes(At("ro.txt"), FILE_ATTRIBUTE_NORMAL));
+    EXPECT_TRUE(fs::FileDelete(At("ro.txt")));
 }
 
 TEST_F(FileServices, ShellCopiesMovesRenamesAndDeletes) {
@@ -187,7 +187,7 @@ TEST_F(FileServices, ShellCopiesMovesRenamesAndDeletes) {
         op.pFrom = from.c_str();
         op.pTo = to.size() > 1 ? to.c_str() : nullptr;
         op.fFlags = FOF_SILENT | FOF_NOCONFIRMATION | FOF_NOERRORUI | FOF_NOCONFIRMMKDIR;
-        return fs::SHFileOperationA(&op);
+        return fs::ShellFileOperation(&op);
     };
     EXPECT_EQ(shell(FO_COPY, At("src").GetString(), At("copy").GetString()), 0);  // a folder under a new name
     EXPECT_TRUE(FileSystem::FileExists(At("copy\\inner\\c.txt")));
@@ -221,10 +221,10 @@ TEST(FileServiceText, SplitterAndJoinerNeverOverrun) {
     EXPECT_EQ(fs::MakePathS(out, sizeof out, "C:", "dir", "name", ".ext"), ERANGE);
     EXPECT_STREQ(out, "");
     char combined[MAX_PATH];
-    EXPECT_STREQ(fs::PathCombineA(combined, "C:\\a\\b", "..\\..\\..\\c"), "C:\\c");
-    EXPECT_STREQ(fs::PathCombineA(combined, "C:\\a\\b", "\\x"), "C:\\x");
-    EXPECT_STREQ(fs::PathCombineA(combined, "C:\\a", "D:\\y"), "D:\\y");
-    EXPECT_EQ(fs::PathCombineA(combined, "C:\\a", std::string(300, 'x').c_str()), nullptr);
+    EXPECT_STREQ(fs::PathJoin(combined, "C:\\a\\b", "..\\..\\..\\c"), "C:\\c");
+    EXPECT_STREQ(fs::PathJoin(combined, "C:\\a\\b", "\\x"), "C:\\x");
+    EXPECT_STREQ(fs::PathJoin(combined, "C:\\a", "D:\\y"), "D:\\y");
+    EXPECT_EQ(fs::PathJoin(combined, "C:\\a", std::string(300, 'x').c_str()), nullptr);
 }
 
 #if !defined(_WIN32)
@@ -243,12 +243,12 @@ TEST_F(FileServices, PosixDrivesMapToFoldersWithTheirOwnCurrentFolder) {
     ASSERT_TRUE(fs::SetDriveMapping('q', qDir.c_str()));
     EXPECT_TRUE(FileSystem::FileExists("Q:\\sub\\FILE.TXT"));
     Touch("q\\.dotted");
-    EXPECT_EQ(fs::GetFileAttributesA("Q:\\.dotted"), (DWORD)(FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN));
+    EXPECT_EQ(fs::FileGetAttributes("Q:\\.dotted"), (DWORD)(FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN));
     std::string windows;
     EXPECT_TRUE(fs::ToWindowsPath((qDir + "/Sub/./x/../File.txt").c_str(), windows));
     EXPECT_EQ(windows, "Q:\\Sub\\File.txt");  // the closest drive wins over Z:
     char drives[64];
-    EXPECT_EQ(fs::GetLogicalDriveStringsA(sizeof drives, drives), 8u);
+    EXPECT_EQ(fs::DriveListStrings(sizeof drives, drives), 8u);
     EXPECT_EQ(std::string(drives, 8), std::string("Q:\\\0Z:\\\0", 8));
 
     ASSERT_TRUE(FileSystem::SetCurrentDirectory("Q:\\Sub"));
@@ -268,15 +268,15 @@ TEST_F(FileServices, PosixDrivesMapToFoldersWithTheirOwnCurrentFolder) {
     CFileException error;
     EXPECT_FALSE(unmapped.Open("Q:\\Sub\\File.txt", CFile::modeRead, &error));
     EXPECT_EQ(error.m_cause, CFileException::fileNotFound);
-    EXPECT_EQ(fs::GetFileAttributesA("Q:\\Sub"), INVALID_FILE_ATTRIBUTES);
+    EXPECT_EQ(fs::FileGetAttributes("Q:\\Sub"), INVALID_FILE_ATTRIBUTES);
     EXPECT_EQ(fs::GetLastError(), (DWORD)ERROR_PATH_NOT_FOUND);
     ASSERT_TRUE(fs::SetDriveMapping('Z', nullptr));
     EXPECT_FALSE(fs::ToWindowsPath("/tmp", windows));  // no drive covers it: not guessed
     char temp[MAX_PATH];
-    EXPECT_EQ(fs::GetTempPathA(MAX_PATH, temp), 0u);
+    EXPECT_EQ(fs::TempFolderGet(MAX_PATH, temp), 0u);
     fs::ReloadDriveMappings();
     EXPECT_EQ(fs::DriveMapping('z'), "/");
-    EXPECT_EQ(fs::GetFileAttributesA("Q:\\Sub"), INVALID_FILE_ATTRIBUTES);
+    EXPECT_EQ(fs::FileGetAttributes("Q:\\Sub"), INVALID_FILE_ATTRIBUTES);
 }
 
 TEST_F(FileServices, PosixRemoveFolderMovesItToTheTrashWithItsInfoFile) {

@@ -16,9 +16,9 @@ class TempFolderTest : public ::testing::Test {
 protected:
     void SetUp() override {
         char name[MAX_PATH];
-        ASSERT_NE(qm::platform::GetTempFileNameA("Z:\\tmp", "qfs", 0, name), 0u);
-        ASSERT_TRUE(qm::platform::DeleteFileA(name));
-        ASSERT_TRUE(qm::platform::CreateDirectoryA(name, nullptr));
+        ASSERT_NE(qm::platform::TempFileCreateName("Z:\\tmp", "qfs", 0, name), 0u);
+        ASSERT_TRUE(qm::platform::FileDelete(name));
+        ASSERT_TRUE(qm::platform::FolderCreate(name, nullptr));
         root = CString(name) + "\\";
         savedCwd = FileSystem::GetCurrentDirectory();
     }
@@ -31,7 +31,7 @@ protected:
         op.wFunc = FO_DELETE;
         op.pFrom = from.c_str();
         op.fFlags = FOF_SILENT | FOF_NOCONFIRMATION | FOF_NOERRORUI;
-        EXPECT_EQ(qm::platform::SHFileOperationA(&op), 0);
+        EXPECT_EQ(qm::platform::ShellFileOperation(&op), 0);
     }
     CString At(const char* relative) const { return root + relative; }
     // Writes a file through the framework's CFile, which takes Windows paths on every target.
@@ -39,7 +39,7 @@ protected:
         CFile f(At(relative), CFile::modeCreate | CFile::modeWrite);
         f.Write(text, (UINT)std::char_traits<char>::length(text));
     }
-    void Folder(const char* relative) { ASSERT_TRUE(qm::platform::CreateDirectoryA(At(relative), nullptr)); }
+    void Folder(const char* relative) { ASSERT_TRUE(qm::platform::FolderCreate(At(relative), nullptr)); }
 
     CString root;  // ends in a backslash
     CString savedCwd;

@@ -93,13 +93,13 @@ TEST(Files, AlternateAndUniqueNamesLengthAndExistence) {
     EXPECT_EQ(std::string(name), File("alt2.txt"));
 
     char folder[MAX_PATH + 1] = {};
-    qm::platform::GetTempPathA(MAX_PATH, folder);
+    qm::platform::TempFolderGet(MAX_PATH, folder);
     const std::string taken = std::string(folder) + "qm-unique-test.tmp";
     WriteFile(taken, "");
     CString temp = "Z:\\nowhere\\qm-unique-test.tmp";
     GetUniqueTempFileName(temp);
     EXPECT_EQ(std::string(temp), std::string(folder) + "qm-unique-test0.tmp");
-    qm::platform::DeleteFileA(taken.c_str());
+    qm::platform::FileDelete(taken.c_str());
 
     WriteFile(File("len.bin"), std::string(1234, 'z'));
     EXPECT_EQ(GetFileLength(File("len.bin").c_str()), 1234u);

@@ -97,7 +97,7 @@ TEST(TempList, EveryChangeRewritesTheListInOrder) {
 
 TEST(TempList, RemovingAFileInAHostSubfolderOfTempTakesTheSubfolder) {
     char temp[MAX_PATH + 1] = {};
-    qm::platform::GetTempPathA(MAX_PATH, temp);
+    qm::platform::TempFolderGet(MAX_PATH, temp);
     const std::string sub = std::string(temp) + "qmreg-sub-" + std::to_string(std::random_device{}() % 100000) + "\\";
     FileSystem::MakePath(sub.c_str());
     const std::string inSub = sub + "a.tmp", direct = std::string(temp) + "qmreg-direct.tmp";

@@ -132,7 +132,7 @@ CString FileSystem::ChangeDir(const CString& path, const CString& newFolder) {
     // the buffer is never smaller than that.
     size_t capacity = std::max<size_t>((size_t)path.GetLength() + (size_t)newFolder.GetLength() + 1, MAX_PATH + 1);
     std::vector<char> out(capacity, '\0');
-    if (!qm::platform::PathCombineA(out.data(), newFolder, name)) return CString();
+    if (!qm::platform::PathJoin(out.data(), newFolder, name)) return CString();
     return CString(out.data());
 }
 
@@ -212,7 +212,7 @@ int FileSystem::CompactPath(const CString& csSrc, CString& csTarget, unsigned in
     }
     // nMaximum is below the source's length here, so the buffer stays small.
     std::vector<char> out((size_t)nMaximum + 2, '\0');
-    BOOL bCompact = qm::platform::PathCompactPathExA(out.data(), csSrc, nMaximum, 0);
+    BOOL bCompact = qm::platform::PathCompact(out.data(), csSrc, nMaximum, 0);
     CVASSERT(bCompact);
     csTarget = out.data();
     return bCompact;
@@ -228,7 +228,7 @@ CString FileSystem::IncrementFileName(const CString& path) {
 }
 
 void FileSystem::MakeUniqueFileName(CString& FileName) {
-    if (qm::platform::GetFileAttributesA(FileName) == INVALID_FILE_ATTRIBUTES) return;
+    if (qm::platform::FileGetAttributes(FileName) == INVALID_FILE_ATTRIBUTES) return;
     int idxBase = FileName.ReverseFind('\\') + 1;
     CVASSERT(idxBase < FileName.GetLength());
     CString folder = FileName.Left(idxBase);
@@ -250,7 +250,7 @@ void FileSystem::MakeUniqueFileName(CString& FileName) {
         unsigned char c = (unsigned char)FileName[pos];
         if (c == 0xFF) break;
         FileName.SetAt(pos, (char)(c == '9' ? 'A' : c + 1));
-        if (qm::platform::GetFileAttributesA(FileName) == INVALID_FILE_ATTRIBUTES) break;
+        if (qm::platform::FileGetAttributes(FileName) == INVALID_FILE_ATTRIBUTES) break;
     }
 }
 
@@ -286,7 +286,7 @@ char* FileSystem::ExpandPathToFull(CString& path) {
     CString copy = path;
     char buffer[MAX_PATH];
     char* filePart = nullptr;
-    DWORD n = qm::platform::GetFullPathNameA(copy, MAX_PATH, buffer, &filePart);
+    DWORD n = qm::platform::PathGetFull(copy, MAX_PATH, buffer, &filePart);
     if (n == 0 || n >= MAX_PATH) {
         path.Empty();
         return path.GetBuffer();

@@ -31,7 +31,7 @@ constexpr int kMaxMakePathDepth = 16384;
 constexpr int kMaxMakePathRetries = 8;
 
 int MakePathLevel(const CString& path, int depth) {
-    if (fs::CreateDirectoryA(path, nullptr)) return 0;
+    if (fs::FolderCreate(path, nullptr)) return 0;
     if (depth >= kMaxMakePathDepth) return -1;
     for (int attempt = 0; attempt < kMaxMakePathRetries; ++attempt) {
         int cut = path.ReverseFind('\\');
@@ -39,7 +39,7 @@ int MakePathLevel(const CString& path, int depth) {
         int parent = MakePathLevel(path.Left(cut), depth + 1);
         if (parent != 0) return parent;
         if (cut == path.GetLength() - 1) return 0;
-        if (fs::CreateDirectoryA(path, nullptr)) return 0;
+        if (fs::FolderCreate(path, nullptr)) return 0;
     }
     return -1;
 }
@@ -61,21 +61,21 @@ FileSystem::CFileItr::CFileItr(const CFileItr& other) = default;
 FileSystem::CFileItr& FileSystem::CFileItr::operator=(const CFileItr& other) = default;
 
 FileSystem::CFileItr::~CFileItr() {
-    if (m_hFind != INVALID_HANDLE_VALUE) fs::FindClose(m_hFind);
+    if (m_hFind != INVALID_HANDLE_VALUE) fs::FindEnd(m_hFind);
 }
 
 bool FileSystem::CFileItr::First() {
-    if (m_hFind != INVALID_HANDLE_VALUE) fs::FindClose(m_hFind);
+    if (m_hFind != INVALID_HANDLE_VALUE) fs::FindEnd(m_hFind);
     // Only the name and the attributes of an entry are read: the search may leave the rest.
-    m_hFind = fs::FindFirstFileNamesA(m_sPattern, &m_FindData);
+    m_hFind = fs::FindFirstEntryName(m_sPattern, &m_FindData);
     m_bValid = m_hFind != INVALID_HANDLE_VALUE;
-    while (IsValid() && IsDotEntry(m_FindData.cFileName)) m_bValid = fs::FindNextFileA(m_hFind, &m_FindData);
+    while (IsValid() && IsDotEntry(m_FindData.cFileName)) m_bValid = fs::FindNextEntry(m_hFind, &m_FindData);
     return IsValid();
 }
 
 bool FileSystem::CFileItr::Next() {
     if (!m_bValid) return false;
-    m_bValid = fs::FindNextFileA(m_hFind, &m_FindData);
+    m_bValid = fs::FindNextEntry(m_hFind, &m_FindData);
     return IsValid();
 }
 
@@ -90,12 +90,12 @@ CString FileSystem::CFileItr::FullPath() const { return FileSystem::CreateFilePa
 // --- existence and forms ----------------------------------------------------------------------
 
 bool FileSystem::FileExists(const char* path) {
-    return path && fs::GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES;
+    return path && fs::FileGetAttributes(path) != INVALID_FILE_ATTRIBUTES;
 }
 
 int FileSystem::MakeFull(CString& path) {
     char buffer[MAX_PATH];
-    DWORD n = fs::GetFullPathNameA(path, MAX_PATH, buffer, nullptr);
+    DWORD n = fs::PathGetFull(path, MAX_PATH, buffer, nullptr);
     if (n == 0 || n >= MAX_PATH) return 0;
     path = buffer;
     return 1;
@@ -105,7 +105,7 @@ int FileSystem::MakeShort(CString& path) {
     if (path.Left(2) == "\\\\") return 0;
     DWORD capacity = (DWORD)path.GetLength() * 2 + 2;
     std::vector<char> buffer(capacity, '\0');
-    DWORD n = fs::GetShortPathNameA(path, buffer.data(), capacity);
+    DWORD n = fs::PathGetShort(path, buffer.data(), capacity);
     if (n == 0 || n >= capacity) return 0;
     path = buffer.data();
     return 1;
@@ -118,7 +118,7 @@ int FileSystem::MakeFullShort(CString& path) {
 }
 
 int FileSystem::MakeLong(CString& path) {
-    DWORD length = fs::GetLongPathNameA(path, nullptr, 0);
+    DWORD length = fs::PathGetLong(path, nullptr, 0);
     if (length == 0) {
         // The message is built and dropped, as it always was: callers test the result only.
         DWORD error = fs::GetLastError();
@@ -127,7 +127,7 @@ int FileSystem::MakeLong(CString& path) {
         return 0;
     }
     std::vector<char> buffer(length, '\0');
-    DWORD n = fs::GetLongPathNameA(path, buffer.data(), length);
+    DWORD n = fs::PathGetLong(path, buffer.data(), length);
     // The path may have changed between the two calls; it is only replaced by a complete
     // long form.
     if (n == 0 || n >= length) return 0;
@@ -139,7 +139,7 @@ CString FileSystem::GetUniversalName(const CString& path) {
     if (path.Find(':') != 1) return path;
     char remote[MAX_PATH];
     DWORD length = MAX_PATH;
-    if (fs::WNetGetConnectionA(path.Left(2), remote, &length) != NO_ERROR) return path;
+    if (fs::NetworkGetConnection(path.Left(2), remote, &length) != NO_ERROR) return path;
     return CString(remote) + path.Mid(2);
 }
 
@@ -150,7 +150,7 @@ bool FileSystem::ReconnectNetworkDrive(const char* drive, bool interactive, DWOR
     }
     char remote[MAX_PATH] = "";
     DWORD length = MAX_PATH;
-    error = fs::WNetGetConnectionA(drive, remote, &length);
+    error = fs::NetworkGetConnection(drive, remote, &length);
     if (error != ERROR_CONNECTION_UNAVAIL) return error == NO_ERROR;
     char local[3] = {drive[0], drive[0] ? drive[1] : '\0', '\0'};
     NETRESOURCEA resource;
@@ -158,7 +158,7 @@ bool FileSystem::ReconnectNetworkDrive(const char* drive, bool interactive, DWOR
     resource.dwType = RESOURCETYPE_DISK;
     resource.lpLocalName = local;
     resource.lpRemoteName = remote;
-    error = fs::WNetAddConnection2A(&resource, nullptr, nullptr, interactive ? CONNECT_INTERACTIVE : 0);
+    error = fs::NetworkAddConnection(&resource, nullptr, nullptr, interactive ? CONNECT_INTERACTIVE : 0);
     return error == NO_ERROR;
 }
 
@@ -166,7 +166,7 @@ bool FileSystem::ReconnectNetworkDrive(const char* drive, bool interactive, DWOR
 
 CString FileSystem::GetCurrentDirectory() {
     char buffer[520];
-    DWORD n = fs::GetCurrentDirectoryA(sizeof buffer, buffer);
+    DWORD n = fs::FolderGetCurrent(sizeof buffer, buffer);
     if (n == 0 || n >= sizeof buffer) return CString();
     return WithBackslash(buffer);
 }
@@ -176,7 +176,7 @@ int FileSystem::SetCurrentDirectory(const char* pDir) {
         CVASSERT_TEXT("pDir != NULL");
         return 0;
     }
-    return fs::SetCurrentDirectoryA(pDir);
+    return fs::FolderSetCurrent(pDir);
 }
 
 int FileSystem::GetDrive() { return fs::GetCurrentDriveNumber(); }
@@ -190,13 +190,13 @@ CString FileSystem::GetDriveCurrent(int drive) {
 }
 
 DWORD FileSystem::GetDriveStrings(char** drives) {
-    DWORD length = fs::GetLogicalDriveStringsA(0, nullptr);
+    DWORD length = fs::DriveListStrings(0, nullptr);
     if (length == 0 || !drives) return 0;
     char* block = (char*)std::malloc((size_t)length + 2);
     *drives = block;
     if (!block) return length;
     std::memset(block, 0, (size_t)length + 2);
-    return fs::GetLogicalDriveStringsA(length + 2, block);
+    return fs::DriveListStrings(length + 2, block);
 }
 
 // --- creating and removing --------------------------------------------------------------------
@@ -228,13 +228,13 @@ int FileSystem::RemoveFolder(const char* szPath) {
     op.wFunc = FO_DELETE;
     op.pFrom = from;
     op.fFlags = FOF_SILENT | FOF_NOCONFIRMATION | FOF_ALLOWUNDO | FOF_NOERRORUI;
-    int result = fs::SHFileOperationA(&op);
+    int result = fs::ShellFileOperation(&op);
     return result == 0 || result == 2 || result == 1026 ? 1 : 0;
 }
 
 int FileSystem::RemoveCurrentFolder() { return RemoveFolder(GetCurrentDirectory()); }
 
-int FileSystem::RemoveFile(const char* path) { return path ? fs::DeleteFileA(path) : 0; }
+int FileSystem::RemoveFile(const char* path) { return path ? fs::FileDelete(path) : 0; }
 
 CString FileSystem::SearchEnvironment(const char* pFileName, const char* pVar) {
     bool named = CVASSERT(pFileName != NULL);
@@ -247,10 +247,10 @@ CString FileSystem::SearchEnvironment(const char* pFileName, const char* pVar) {
 
 CString FileSystem::GetTempFileName() {
     char folder[MAX_PATH];
-    DWORD n = fs::GetTempPathA(MAX_PATH, folder);
+    DWORD n = fs::TempFolderGet(MAX_PATH, folder);
     if (n == 0 || n >= MAX_PATH) return CString();
     char name[MAX_PATH];
-    if (fs::GetTempFileNameA(folder, "QM", 0, name) == 0) return CString();
+    if (fs::TempFileCreateName(folder, "QM", 0, name) == 0) return CString();
     return CString(name);
 }
 
@@ -258,21 +258,21 @@ CString FileSystem::GetTempFileName() {
 
 int MFCFileSystem::CopyDirectory(const char* source, const char* target) {
     if (!source || !target) return 0;
-    if (!fs::CreateDirectoryA(target, nullptr) && fs::GetLastError() != ERROR_ALREADY_EXISTS) return 0;
+    if (!fs::FolderCreate(target, nullptr) && fs::GetLastError() != ERROR_ALREADY_EXISTS) return 0;
     CString folder = WithBackslash(source);
     WIN32_FIND_DATAA entry;
-    HANDLE find = fs::FindFirstFileA(folder + "*.*", &entry);
+    HANDLE find = fs::FindFirstEntry(folder + "*.*", &entry);
     if (find == INVALID_HANDLE_VALUE) return 1;
     int result = 1;
     do {
         if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) continue;
         // Target and name share one buffer of MAX_PATH characters: a longer pair fails.
         if (std::strlen(target) + std::strlen(entry.cFileName) >= MAX_PATH ||
-            !fs::CopyFileA(folder + entry.cFileName, CString(target) + entry.cFileName, FALSE)) {
+            !fs::FileCopy(folder + entry.cFileName, CString(target) + entry.cFileName, FALSE)) {
             result = 0;
             break;
         }
-    } while (fs::FindNextFileA(find, &entry));
-    fs::FindClose(find);
+    } while (fs::FindNextEntry(find, &entry));
+    fs::FindEnd(find);
     return result;
 }

@@ -61,10 +61,10 @@ unsigned int CTempFile::GetMemSizeEstimate(bool includeObject) const {
 
 void CTempFile::Remove() {
     if (m_csPath.IsEmpty() || !::FileExists(m_csPath)) return;
-    qm::platform::DeleteFileA(m_csPath);
+    qm::platform::FileDelete(m_csPath);
     CString folder = FileSystem::ExtractPath(m_csPath);
     char temp[MAX_PATH + 1] = {};
-    qm::platform::GetTempPathA(MAX_PATH, temp);
+    qm::platform::TempFolderGet(MAX_PATH, temp);
     const int tempLength = (int)std::strlen(temp);
     if (tempLength > 0 && folder.GetLength() != tempLength && folder.Left(tempLength).CompareNoCase(temp) == 0)
         FileSystem::RemoveFolder(folder);
@@ -118,7 +118,7 @@ CTempFile* CTempList::GetFirst() { return IsEmpty() ? nullptr : GetHead(); }
 
 void CTempList::GetUniqueFileName(CString& FileName) {
     char temp[MAX_PATH + 1] = {};
-    qm::platform::GetTempPathA(MAX_PATH, temp);
+    qm::platform::TempFolderGet(MAX_PATH, temp);
     FileName = CString(temp) + FileSystem::ExtractFile(FileName);
     if (FileSystem::FileExists(FileName)) GenerateAlternateName(FileName);
     CVASSERT(!FileSystem::FileExists (FileName));
@@ -169,9 +169,9 @@ void CTempList::SaveTempFiles(const char* pFileName, const CList<CTempFile*, CTe
     if (folder.IsEmpty()) folder = ".";
     char newName[MAX_PATH + 1] = {};
     FILE* pFile = nullptr;
-    if (qm::platform::GetTempFileNameA(folder, "qtl", 0, newName)) pFile = qm::platform::OpenFileStream(newName, "wb");
+    if (qm::platform::TempFileCreateName(folder, "qtl", 0, newName)) pFile = qm::platform::OpenFileStream(newName, "wb");
     if (!pFile) {
-        if (*newName) qm::platform::DeleteFileA(newName);
+        if (*newName) qm::platform::FileDelete(newName);
         CVASSERT_TEXT("pFile");
         return;
     }
@@ -182,8 +182,8 @@ void CTempList::SaveTempFiles(const char* pFileName, const CList<CTempFile*, CTe
         if (std::fprintf(pFile, "%s\r\n", pTempFile->GetPath().GetString()) < 0) ok = false;
     }
     if (std::fclose(pFile) != 0) ok = false;
-    if (!ok || !qm::platform::MoveFileExA(newName, pFileName, MOVEFILE_REPLACE_EXISTING)) {
-        qm::platform::DeleteFileA(newName);
+    if (!ok || !qm::platform::FileMoveEx(newName, pFileName, MOVEFILE_REPLACE_EXISTING)) {
+        qm::platform::FileDelete(newName);
         CVASSERT_TEXT("pFile");
     }
 }

@@ -95,7 +95,7 @@ ULONGLONG FreeDiskSpace(const CString& path, DWORD size) {
 
 ULONGLONG FreeDiskSpace() {
     char current[260] = {};
-    DWORD n = qm::platform::GetCurrentDirectoryA(sizeof current, current);
+    DWORD n = qm::platform::FolderGetCurrent(sizeof current, current);
     if (n == 0 || n >= sizeof current) return 0;
     return FreeDiskSpace(current, 0);
 }

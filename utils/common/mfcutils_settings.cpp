@@ -162,7 +162,7 @@ void DeleteFilesOnStart() {
         int end = files.Find('\r', start);
         if (end < 0) end = files.GetLength();
         CString path = files.Mid(start, end - start);
-        if (!path.IsEmpty() && FileExists(path)) qm::platform::DeleteFileA(path);
+        if (!path.IsEmpty() && FileExists(path)) qm::platform::FileDelete(path);
         start = end + 1;
     }
     DeleteFromRegistry(key, kFilesToDeleteOnStart);
@@ -192,7 +192,7 @@ void DeleteHTSTempFiles(const CString& csTargetPath) {
     op.pTo = to.c_str();
     op.fFlags = FOF_SILENT | FOF_RENAMEONCOLLISION | FOF_NOCONFIRMATION | FOF_FILESONLY | FOF_NOCONFIRMMKDIR |
                 FOF_NOERRORUI;  // 0x069C
-    int nResult = qm::platform::SHFileOperationA(&op);
+    int nResult = qm::platform::ShellFileOperation(&op);
     const int DE_INVALIDFILES = 124;
     CVASSERT((0 == nResult) || (2 == nResult) || (nResult == DE_INVALIDFILES));
 }
@@ -206,7 +206,7 @@ void DeleteAttachmentFiles(const CString& csTargetPath) {
     op.wFunc = FO_DELETE;
     op.pFrom = from;
     op.fFlags = FOF_SILENT | FOF_NOCONFIRMATION | FOF_ALLOWUNDO | FOF_NOERRORUI;  // 0x0454
-    qm::platform::SHFileOperationA(&op);
+    qm::platform::ShellFileOperation(&op);
 }
 
 // ---------------------------------------------------------------------------------------
@@ -252,7 +252,7 @@ CString GetFolderLocation(const CString& csPath) {
 
 void GetUniqueTempFileName(CString& FileName) {
     char temp[MAX_PATH + 1] = {};
-    qm::platform::GetTempPathA(MAX_PATH, temp);
+    qm::platform::TempFolderGet(MAX_PATH, temp);
     FileName = CString(temp) + FileSystem::ExtractFile(FileName);
     if (FileExists(FileName)) {
         bool bOk = GenerateAlternateName(FileName) != 0;

@@ -7,5 +7,5 @@
 
 bool FileExists(const char* lpszFileSpec) {
     if (!CVASSERT(NULL != lpszFileSpec)) return false;
-    return qm::platform::GetFileAttributesA(lpszFileSpec) != INVALID_FILE_ATTRIBUTES;
+    return qm::platform::FileGetAttributes(lpszFileSpec) != INVALID_FILE_ATTRIBUTES;
 }

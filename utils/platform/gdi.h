@@ -75,7 +75,7 @@ int GdiGetDIBits(HDC hdc, HBITMAP bmp, UINT start, UINT cLines, void* bits, BITM
 void* GdiDrawDibOpen();
 BOOL GdiDrawDibClose(void* hdd);
 BOOL GdiDrawDibDraw(void* hdd, HDC hdc, int xDst, int yDst, int dxDst, int dyDst,
-                                   const BITMAPINFOHEADER* lpbi, const void* lpBits, int xSrc, int ySrc, int dxSrc,
-                                   int dySrc, UINT wFlags);
+                    const BITMAPINFOHEADER* lpbi, const void* lpBits, int xSrc, int ySrc, int dxSrc,
+                    int dySrc, UINT wFlags);
 
 }  // namespace qm::platform

@@ -8,14 +8,14 @@ namespace qm::platform {
 
 // GetDiskFreeSpaceA(root, ...): the counts of the volume that holds root.
 BOOL DiskFreeSpace(const char* root, DWORD* sectorsPerCluster, DWORD* bytesPerSector,
-                                  DWORD* freeClusters, DWORD* totalClusters);
+                   DWORD* freeClusters, DWORD* totalClusters);
 // The extended form GetDiskFreeSpaceExA, looked up at run time in the system library named
 // (GetModuleHandleA and GetProcAddress for FindDiskFreeSpaceEx, LoadLibraryA and
 // GetProcAddress for LoadDiskFreeSpaceEx, which the caller releases with ReleaseDiskLibrary).
 // Null when the system has no such function. POSIX answers for "kernel32.dll" in any case,
 // from statvfs (the bytes available to the caller are those an unprivileged user may use).
 typedef BOOL (*DiskFreeSpaceExProc)(const char* root, ULONGLONG* freeBytesAvailableToCaller,
-                                    ULONGLONG* totalBytes, ULONGLONG* totalFreeBytes);
+              ULONGLONG* totalBytes, ULONGLONG* totalFreeBytes);
 DiskFreeSpaceExProc FindDiskFreeSpaceEx(const char* moduleName);
 DiskFreeSpaceExProc LoadDiskFreeSpaceEx(const char* moduleName, void** library);
 void ReleaseDiskLibrary(void* library);

@@ -21,12 +21,12 @@ typedef LRESULT (*WindowHandler)(void* owner, HWND hwnd, UINT message, WPARAM wP
 // Registers a window class with the given style whose windows route to their handlers.
 // True also when the class already exists.
 bool RegisterWindowClass(const char* className, UINT style, HCURSOR cursor, HBRUSH background,
-                                        HICON icon);
+                         HICON icon);
 // Creates a window owned by the calling thread; WM_NCCREATE and WM_CREATE reach the handler
 // before this returns. Null on failure (unknown class, or the handler refused creation).
 HWND CreateWindowObject(DWORD exStyle, const char* className, const char* windowName, DWORD style,
-                                       int x, int y, int width, int height, HWND parent, HMENU menu,
-                                       LPVOID createParam, WindowHandler handler, void* owner);
+                        int x, int y, int width, int height, HWND parent, HMENU menu,
+                        LPVOID createParam, WindowHandler handler, void* owner);
 // Sends WM_DESTROY and WM_NCDESTROY, then forgets the window's timers and posted messages.
 // Only the owning thread may destroy a window.
 bool DestroyWindowObject(HWND hwnd);

@@ -102,7 +102,7 @@ DWORD CopyOneFile(const std::string& from, const std::string& to, bool failIfExi
 using namespace pathmodel;
 using namespace posixfs;
 
-DWORD GetFileAttributesA(LPCSTR path) {
+DWORD FileGetAttributes(LPCSTR path) {
     std::string native;
     if (!Native(path, native)) return INVALID_FILE_ATTRIBUTES;
     struct stat st;
@@ -117,7 +117,7 @@ DWORD GetFileAttributesA(LPCSTR path) {
     return AttributesOf(st, BaseName(native));
 }
 
-BOOL SetFileAttributesA(LPCSTR path, DWORD attributes) {
+BOOL FileSetAttributes(LPCSTR path, DWORD attributes) {
     std::string native;
     if (!Native(path, native)) return FALSE;
     struct stat st;
@@ -128,7 +128,7 @@ BOOL SetFileAttributesA(LPCSTR path, DWORD attributes) {
     return TRUE;
 }
 
-DWORD GetFullPathNameA(LPCSTR path, DWORD bufferLength, LPSTR buffer, LPSTR* filePart) {
+DWORD PathGetFull(LPCSTR path, DWORD bufferLength, LPSTR buffer, LPSTR* filePart) {
     FullPath fp;
     if (!MakeFull(path, fp)) return 0;
     std::string text = fp.Text();
@@ -140,7 +140,7 @@ DWORD GetFullPathNameA(LPCSTR path, DWORD bufferLength, LPSTR buffer, LPSTR* fil
     return n;
 }
 
-DWORD GetLongPathNameA(LPCSTR shortPath, LPSTR longPath, DWORD bufferLength) {
+DWORD PathGetLong(LPCSTR shortPath, LPSTR longPath, DWORD bufferLength) {
     if (!shortPath) {
         Fail(ERROR_INVALID_PARAMETER);
         return 0;
@@ -186,18 +186,18 @@ DWORD GetLongPathNameA(LPCSTR shortPath, LPSTR longPath, DWORD bufferLength) {
     return CopyOut(out, longPath, bufferLength);
 }
 
-DWORD GetShortPathNameA(LPCSTR longPath, LPSTR shortPath, DWORD bufferLength) {
+DWORD PathGetShort(LPCSTR longPath, LPSTR shortPath, DWORD bufferLength) {
     // There are no 8.3 names here: the short form of a path is its long form.
-    return GetLongPathNameA(longPath, shortPath, bufferLength);
+    return PathGetLong(longPath, shortPath, bufferLength);
 }
 
-DWORD GetCurrentDirectoryA(DWORD bufferLength, LPSTR buffer) {
+DWORD FolderGetCurrent(DWORD bufferLength, LPSTR buffer) {
     std::string cwd;
     if (!CurrentDirectory(cwd)) return 0;
     return CopyOut(cwd, buffer, bufferLength);
 }
 
-BOOL SetCurrentDirectoryA(LPCSTR path) {
+BOOL FolderSetCurrent(LPCSTR path) {
     FullPath fp;
     std::string native;
     if (!path) {
@@ -222,7 +222,7 @@ BOOL SetCurrentDirectoryA(LPCSTR path) {
     return TRUE;
 }
 
-DWORD GetTempPathA(DWORD bufferLength, LPSTR buffer) {
+DWORD TempFolderGet(DWORD bufferLength, LPSTR buffer) {
     const char* tmp = std::getenv("TMPDIR");
     std::string native = tmp && *tmp == '/' ? tmp : "/tmp";
     std::string path;
@@ -234,7 +234,7 @@ DWORD GetTempPathA(DWORD bufferLength, LPSTR buffer) {
     return CopyOut(path, buffer, bufferLength);
 }
 
-UINT GetTempFileNameA(LPCSTR pathName, LPCSTR prefix, UINT unique, LPSTR tempFileName) {
+UINT TempFileCreateName(LPCSTR pathName, LPCSTR prefix, UINT unique, LPSTR tempFileName) {
     if (!pathName || !prefix || !tempFileName) {
         Fail(ERROR_INVALID_PARAMETER);
         return 0;
@@ -282,7 +282,7 @@ UINT GetTempFileNameA(LPCSTR pathName, LPCSTR prefix, UINT unique, LPSTR tempFil
     return 0;
 }
 
-DWORD GetLogicalDriveStringsA(DWORD bufferLength, LPSTR buffer) {
+DWORD DriveListStrings(DWORD bufferLength, LPSTR buffer) {
     std::string list;
     for (int d = 0; d < 26; ++d)
         if (!DriveDir(d).empty()) {
@@ -298,14 +298,14 @@ DWORD GetLogicalDriveStringsA(DWORD bufferLength, LPSTR buffer) {
     return (DWORD)list.size() + 1;
 }
 
-BOOL CreateDirectoryA(LPCSTR path, void*) {
+BOOL FolderCreate(LPCSTR path, void*) {
     std::string native;
     if (!Native(path, native)) return FALSE;
     if (mkdir(native.c_str(), 0777) != 0) return FailErrno(native);
     return TRUE;
 }
 
-BOOL RemoveDirectoryA(LPCSTR path) {
+BOOL FolderRemove(LPCSTR path) {
     std::string native;
     if (!Native(path, native)) return FALSE;
     struct stat st;
@@ -320,7 +320,7 @@ BOOL RemoveDirectoryA(LPCSTR path) {
     return TRUE;
 }
 
-BOOL DeleteFileA(LPCSTR path) {
+BOOL FileDelete(LPCSTR path) {
     std::string native;
     if (!Native(path, native)) return FALSE;
     struct stat st;
@@ -331,14 +331,14 @@ BOOL DeleteFileA(LPCSTR path) {
     return TRUE;
 }
 
-BOOL CopyFileA(LPCSTR existing, LPCSTR newFile, BOOL failIfExists) {
+BOOL FileCopy(LPCSTR existing, LPCSTR newFile, BOOL failIfExists) {
     std::string from, to;
     if (!Native(existing, from) || !Native(newFile, to)) return FALSE;
     if (DWORD e = CopyOneFile(from, to, failIfExists != FALSE)) return Fail(e), FALSE;
     return TRUE;
 }
 
-BOOL MoveFileExA(LPCSTR existing, LPCSTR newFile, DWORD flags) {
+BOOL FileMoveEx(LPCSTR existing, LPCSTR newFile, DWORD flags) {
     if (flags & MOVEFILE_DELAY_UNTIL_REBOOT) return Fail(ERROR_INVALID_PARAMETER), FALSE;
     std::string from, to, toExact;
     if (!Native(existing, from) || !Native(newFile, to) || !Native(newFile, toExact, false)) return FALSE;
@@ -358,6 +358,6 @@ BOOL MoveFileExA(LPCSTR existing, LPCSTR newFile, DWORD flags) {
     return TRUE;
 }
 
-BOOL MoveFileA(LPCSTR existing, LPCSTR newFile) { return MoveFileExA(existing, newFile, MOVEFILE_COPY_ALLOWED); }
+BOOL FileMove(LPCSTR existing, LPCSTR newFile) { return FileMoveEx(existing, newFile, MOVEFILE_COPY_ALLOWED); }
 
 }  // namespace qm::platform

@@ -27,9 +27,9 @@ int ChangeCurrentDrive(int drive) {
         errno = EACCES;
         return -1;
     }
-    if (SetCurrentDirectoryA(DriveCurrent(drive - 1).c_str())) return 0;
+    if (FolderSetCurrent(DriveCurrent(drive - 1).c_str())) return 0;
     std::string root = std::string(1, (char)('A' + drive - 1)) + ":\\";
-    return SetCurrentDirectoryA(root.c_str()) ? 0 : -1;
+    return FolderSetCurrent(root.c_str()) ? 0 : -1;
 }
 
 char* GetDriveCurrentDirectory(int drive, char* buffer, int maxLength) {
@@ -68,7 +68,7 @@ void SearchEnvironmentPath(const char* fileName, const char* varName, char* path
         return;
     }
     auto found = [&](const std::string& candidate) {
-        if (candidate.size() >= MAX_PATH || GetFileAttributesA(candidate.c_str()) == INVALID_FILE_ATTRIBUTES) return false;
+        if (candidate.size() >= MAX_PATH || FileGetAttributes(candidate.c_str()) == INVALID_FILE_ATTRIBUTES) return false;
         std::memcpy(pathName, candidate.c_str(), candidate.size() + 1);
         return true;
     };

@@ -190,11 +190,11 @@ HANDLE StartSearch(LPCSTR pattern, WIN32_FIND_DATAA* data, bool namesOnly) {
 
 }  // namespace
 
-HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) { return StartSearch(pattern, data, false); }
+HANDLE FindFirstEntry(LPCSTR pattern, WIN32_FIND_DATAA* data) { return StartSearch(pattern, data, false); }
 
-HANDLE FindFirstFileNamesA(LPCSTR pattern, WIN32_FIND_DATAA* data) { return StartSearch(pattern, data, true); }
+HANDLE FindFirstEntryName(LPCSTR pattern, WIN32_FIND_DATAA* data) { return StartSearch(pattern, data, true); }
 
-BOOL FindNextFileA(HANDLE find, WIN32_FIND_DATAA* data) {
+BOOL FindNextEntry(HANDLE find, WIN32_FIND_DATAA* data) {
     auto* s = (Search*)find;
     if (!data || !Live(s)) {
         Fail(ERROR_INVALID_HANDLE);
@@ -207,7 +207,7 @@ BOOL FindNextFileA(HANDLE find, WIN32_FIND_DATAA* data) {
     return TRUE;
 }
 
-BOOL FindClose(HANDLE find) {
+BOOL FindEnd(HANDLE find) {
     auto* s = (Search*)find;
     {
         std::lock_guard<std::mutex> g(g_searchLock);

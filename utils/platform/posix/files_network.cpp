@@ -12,7 +12,7 @@ namespace qm::platform {
 using namespace pathmodel;
 using namespace posixfs;
 
-DWORD WNetGetConnectionA(LPCSTR localName, LPSTR remoteName, DWORD* length) {
+DWORD NetworkGetConnection(LPCSTR localName, LPSTR remoteName, DWORD* length) {
     if (!localName || !length) return ERROR_INVALID_PARAMETER;
     if (std::strlen(localName) != 2 || localName[1] != ':' || DriveIndex(localName[0]) < 0) return ERROR_BAD_DEVICE;
     std::string dir = DriveDir(DriveIndex(localName[0]));
@@ -30,7 +30,7 @@ DWORD WNetGetConnectionA(LPCSTR localName, LPSTR remoteName, DWORD* length) {
     return NO_ERROR;
 }
 
-DWORD WNetAddConnection2A(NETRESOURCEA* resource, LPCSTR, LPCSTR, DWORD) {
+DWORD NetworkAddConnection(NETRESOURCEA* resource, LPCSTR, LPCSTR, DWORD) {
     if (!resource) return ERROR_INVALID_PARAMETER;
     return ERROR_NOT_SUPPORTED;
 }

@@ -162,15 +162,15 @@ int ExpandSources(const std::vector<std::string>& items, bool filesOnly, std::ve
             anyWildcard = true;
             std::string folder = cut == std::string::npos ? std::string() : item.substr(0, cut + 1);
             WIN32_FIND_DATAA fd;
-            HANDLE h = FindFirstFileA(item.c_str(), &fd);
+            HANDLE h = FindFirstEntry(item.c_str(), &fd);
             if (h == INVALID_HANDLE_VALUE) continue;
             do {
                 if (!std::strcmp(fd.cFileName, ".") || !std::strcmp(fd.cFileName, "..")) continue;
                 if (filesOnly && (fd.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) continue;
                 std::string native;
                 if (Native((folder + fd.cFileName).c_str(), native)) out.push_back({native, fd.cFileName});
-            } while (FindNextFileA(h, &fd));
-            FindClose(h);
+            } while (FindNextEntry(h, &fd));
+            FindEnd(h);
             continue;
         }
         std::string native;
@@ -203,7 +203,7 @@ DWORD MoveNative(const std::string& from, const std::string& to) {
 
 }  // namespace
 
-LPSTR PathCombineA(LPSTR dest, LPCSTR dir, LPCSTR file) {
+LPSTR PathJoin(LPSTR dest, LPCSTR dir, LPCSTR file) {
     if (!dest) return nullptr;
     std::string out;
     if (!CombinePathText(dir, file, out)) {
@@ -214,7 +214,7 @@ LPSTR PathCombineA(LPSTR dest, LPCSTR dir, LPCSTR file) {
     return dest;
 }
 
-BOOL PathCompactPathExA(LPSTR out, LPCSTR src, UINT maxChars, DWORD) {
+BOOL PathCompact(LPSTR out, LPCSTR src, UINT maxChars, DWORD) {
     if (!src || !out) return FALSE;
     std::string text = CompactPathText(src, maxChars);
     if (maxChars == 0) return TRUE;
@@ -234,7 +234,7 @@ static std::string CollisionFreeName(const std::string& dest) {
     }
 }
 
-int SHFileOperationA(SHFILEOPSTRUCTA* op) {
+int ShellFileOperation(SHFILEOPSTRUCTA* op) {
     if (!op) return ERROR_INVALID_PARAMETER;
     op->fAnyOperationsAborted = FALSE;
     std::vector<std::string> from = DoubleZeroList(op->pFrom);

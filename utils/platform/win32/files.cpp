@@ -46,42 +46,42 @@ std::string SystemErrorText(DWORD code) {
     return result;
 }
 
-DWORD GetFileAttributesA(LPCSTR path) { return ::GetFileAttributesA(path); }
-BOOL SetFileAttributesA(LPCSTR path, DWORD attributes) { return ::SetFileAttributesA(path, attributes); }
-HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) { return ::FindFirstFileA(pattern, data); }
-BOOL FindNextFileA(HANDLE find, WIN32_FIND_DATAA* data) { return ::FindNextFileA(find, data); }
-HANDLE FindFirstFileNamesA(LPCSTR pattern, WIN32_FIND_DATAA* data) {
+DWORD FileGetAttributes(LPCSTR path) { return ::GetFileAttributesA(path); }
+BOOL FileSetAttributes(LPCSTR path, DWORD attributes) { return ::SetFileAttributesA(path, attributes); }
+HANDLE FindFirstEntry(LPCSTR pattern, WIN32_FIND_DATAA* data) { return ::FindFirstFileA(pattern, data); }
+BOOL FindNextEntry(HANDLE find, WIN32_FIND_DATAA* data) { return ::FindNextFileA(find, data); }
+HANDLE FindFirstEntryName(LPCSTR pattern, WIN32_FIND_DATAA* data) {
     HANDLE h = ::FindFirstFileExA(pattern, FindExInfoBasic, data, FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
     // Systems older than Windows 7 know neither the basic level nor large fetches.
     if (h == INVALID_HANDLE_VALUE && ::GetLastError() == ERROR_INVALID_PARAMETER) h = ::FindFirstFileA(pattern, data);
     return h;
 }
-BOOL FindClose(HANDLE find) { return ::FindClose(find); }
+BOOL FindEnd(HANDLE find) { return ::FindClose(find); }
 
-DWORD GetFullPathNameA(LPCSTR path, DWORD bufferLength, LPSTR buffer, LPSTR* filePart) {
+DWORD PathGetFull(LPCSTR path, DWORD bufferLength, LPSTR buffer, LPSTR* filePart) {
     return ::GetFullPathNameA(path, bufferLength, buffer, filePart);
 }
-DWORD GetLongPathNameA(LPCSTR shortPath, LPSTR longPath, DWORD bufferLength) {
+DWORD PathGetLong(LPCSTR shortPath, LPSTR longPath, DWORD bufferLength) {
     return ::GetLongPathNameA(shortPath, longPath, bufferLength);
 }
-DWORD GetShortPathNameA(LPCSTR longPath, LPSTR shortPath, DWORD bufferLength) {
+DWORD PathGetShort(LPCSTR longPath, LPSTR shortPath, DWORD bufferLength) {
     return ::GetShortPathNameA(longPath, shortPath, bufferLength);
 }
-DWORD GetCurrentDirectoryA(DWORD bufferLength, LPSTR buffer) { return ::GetCurrentDirectoryA(bufferLength, buffer); }
-BOOL SetCurrentDirectoryA(LPCSTR path) { return ::SetCurrentDirectoryA(path); }
-DWORD GetTempPathA(DWORD bufferLength, LPSTR buffer) { return ::GetTempPathA(bufferLength, buffer); }
-UINT GetTempFileNameA(LPCSTR pathName, LPCSTR prefix, UINT unique, LPSTR tempFileName) {
+DWORD FolderGetCurrent(DWORD bufferLength, LPSTR buffer) { return ::GetCurrentDirectoryA(bufferLength, buffer); }
+BOOL FolderSetCurrent(LPCSTR path) { return ::SetCurrentDirectoryA(path); }
+DWORD TempFolderGet(DWORD bufferLength, LPSTR buffer) { return ::GetTempPathA(bufferLength, buffer); }
+UINT TempFileCreateName(LPCSTR pathName, LPCSTR prefix, UINT unique, LPSTR tempFileName) {
     return ::GetTempFileNameA(pathName, prefix, unique, tempFileName);
 }
-DWORD GetLogicalDriveStringsA(DWORD bufferLength, LPSTR buffer) { return ::GetLogicalDriveStringsA(bufferLength, buffer); }
-BOOL CreateDirectoryA(LPCSTR path, void* securityAttributes) {
+DWORD DriveListStrings(DWORD bufferLength, LPSTR buffer) { return ::GetLogicalDriveStringsA(bufferLength, buffer); }
+BOOL FolderCreate(LPCSTR path, void* securityAttributes) {
     return ::CreateDirectoryA(path, (LPSECURITY_ATTRIBUTES)securityAttributes);
 }
-BOOL RemoveDirectoryA(LPCSTR path) { return ::RemoveDirectoryA(path); }
-BOOL DeleteFileA(LPCSTR path) { return ::DeleteFileA(path); }
-BOOL CopyFileA(LPCSTR existing, LPCSTR newFile, BOOL failIfExists) { return ::CopyFileA(existing, newFile, failIfExists); }
-BOOL MoveFileA(LPCSTR existing, LPCSTR newFile) { return ::MoveFileA(existing, newFile); }
-BOOL MoveFileExA(LPCSTR existing, LPCSTR newFile, DWORD flags) { return ::MoveFileExA(existing, newFile, flags); }
+BOOL FolderRemove(LPCSTR path) { return ::RemoveDirectoryA(path); }
+BOOL FileDelete(LPCSTR path) { return ::DeleteFileA(path); }
+BOOL FileCopy(LPCSTR existing, LPCSTR newFile, BOOL failIfExists) { return ::CopyFileA(existing, newFile, failIfExists); }
+BOOL FileMove(LPCSTR existing, LPCSTR newFile) { return ::MoveFileA(existing, newFile); }
+BOOL FileMoveEx(LPCSTR existing, LPCSTR newFile, DWORD flags) { return ::MoveFileExA(existing, newFile, flags); }
 
 int GetCurrentDriveNumber() { return _getdrive(); }
 int ChangeCurrentDrive(int drive) { return _chdrive(drive); }
@@ -106,16 +106,16 @@ int MakePathS(char* path, size_t size, const char* drive, const char* dir, const
     return _makepath_s(path, size, drive, dir, fname, ext);
 }
 
-LPSTR PathCombineA(LPSTR dest, LPCSTR dir, LPCSTR file) { return ::PathCombineA(dest, dir, file); }
-BOOL PathCompactPathExA(LPSTR out, LPCSTR src, UINT maxChars, DWORD flags) {
+LPSTR PathJoin(LPSTR dest, LPCSTR dir, LPCSTR file) { return ::PathCombineA(dest, dir, file); }
+BOOL PathCompact(LPSTR out, LPCSTR src, UINT maxChars, DWORD flags) {
     return ::PathCompactPathExA(out, src, maxChars, flags);
 }
-int SHFileOperationA(SHFILEOPSTRUCTA* op) { return ::SHFileOperationA(op); }
+int ShellFileOperation(SHFILEOPSTRUCTA* op) { return ::SHFileOperationA(op); }
 
-DWORD WNetGetConnectionA(LPCSTR localName, LPSTR remoteName, DWORD* length) {
+DWORD NetworkGetConnection(LPCSTR localName, LPSTR remoteName, DWORD* length) {
     return ::WNetGetConnectionA(localName, remoteName, length);
 }
-DWORD WNetAddConnection2A(NETRESOURCEA* resource, LPCSTR password, LPCSTR userName, DWORD flags) {
+DWORD NetworkAddConnection(NETRESOURCEA* resource, LPCSTR password, LPCSTR userName, DWORD flags) {
     return ::WNetAddConnection2A(resource, password, userName, flags);
 }
 
