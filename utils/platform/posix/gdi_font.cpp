@@ -113,7 +113,7 @@ bool Measure(FontFace& f, const std::string& path, long long lfHeight) {
         FT_UInt gi = code ? FT_Get_Char_Index(face, code) : 0;
         f.advance[c] = FT_Load_Glyph(face, gi, FT_LOAD_DEFAULT) == 0 ? (int)((face->glyph->advance.x + 32) >> 6) : 0;
     }
-    tm.tmAveCharWidth = os2 && os2->xAvgCharWidth > 0 ? Round(os2->xAvgCharWidth * scale) : f.advance['x'];
+    tm.tmAveCharWidth = os2 && os2->xAvgCharWidth > 0 ? Round(os2->xAvgCharWidth * scale) : f.advance[(unsigned char)'x'];
     tm.tmMaxCharWidth = Round((face->bbox.xMax - face->bbox.xMin) * scale);
     FT_Done_Face(face);
     return true;
