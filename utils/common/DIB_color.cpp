@@ -11,6 +11,7 @@
 
 #include "utils/common/CVLogger.h"
 #include "utils/common/DIB.h"
+#include "utils/common/DIB_rows.h"
 
 #define QM_SOURCE_MODULE "Common\\DIB"
 
@@ -162,6 +163,15 @@ void CDIBitmap::AdjustRGB(int iRed, int iGreen, int iBlue) {
 void CDIBitmap::BlackAndWhite() {
     int w = GetWidth(), h = GetHeight();
     if (!IsValid()) return;
+    int bpp = GetBitCount();
+    std::uint64_t stride = Stride64(w, bpp);
+    if ((bpp == 24 || bpp == 32) && stride * (std::uint64_t)h <= m_BmpBits.m_nSize) {
+        // True colour: the same rule for whole rows.
+        std::vector<BYTE> scratch((size_t)stride);
+        for (int y = 0; y < h; ++y)
+            qm::dib::GreyRow(m_BmpBits.m_pPtr + stride * (std::uint64_t)y, (size_t)w, (size_t)bpp / 8, scratch.data());
+        return;
+    }
     for (int y = 0; y < h; ++y)
         for (int x = 0; x < w; ++x) {
             CPoint pt(x, y);

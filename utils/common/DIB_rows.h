@@ -1,0 +1,35 @@
+// Whole-row kernels of the bitmap operations (not exported). Each computes, for a run of
+// pixels, exactly what the per-pixel primitives would; callers fall back to the primitives
+// wherever a rule needs them (odd depths, masks, short pixel blocks).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "utils/framework/wintypes.h"
+
+namespace qm::dib {
+
+// `width` pixels of depth 1, 4, 8 (through `palette`, 0x00RRGGBB per index), 16 (5-5-5),
+// 24 or 32 bits written as 3-byte blue-green-red pixels; exactly 3 * width bytes of `out`
+// are written.
+void RowTo24(const BYTE* in, BYTE* out, std::size_t width, int bpp, const std::uint32_t* palette);
+
+// Each pixel of 3 or 4 bytes becomes grey (blue + green + red) / 3 in its three colour
+// bytes; a fourth byte becomes 0. `scratch` holds at least width * pixelBytes bytes.
+void GreyRow(BYTE* row, std::size_t width, std::size_t pixelBytes, BYTE* scratch);
+
+// Reverses the order of the `width` pixels of `pixelBytes` bytes at the start of `row`;
+// `scratch` holds at least width * pixelBytes + 8 bytes.
+void MirrorRow(BYTE* row, std::size_t width, std::size_t pixelBytes, BYTE* scratch);
+
+// out[i] = the 3-byte pixel at byte offset offsets[i] of `in`, for i < count; `inBytes`
+// bytes of `in` may be read.
+void GatherRow24(BYTE* out, const BYTE* in, std::size_t inBytes, const std::uint32_t* offsets, std::size_t count);
+
+// A quarter turn of a square picture of whole-byte pixels (1, 3 or 4 bytes) in its own
+// block. Clockwise, storage pixel (x, y) takes the old pixel (side - 1 - y, x); counter-
+// clockwise, the old pixel (y, side - 1 - x). Padding bytes are not written.
+void QuarterTurnInPlace(BYTE* bits, std::uint64_t stride, int side, std::size_t pixelBytes, bool clockwise);
+
+}  // namespace qm::dib
