@@ -64,7 +64,8 @@ Outcome ApplyTables(CDIBitmap::CBmpInfo& info, CDIBitmap::CBmpBits& bits, const 
     std::uint64_t rows = std::min<std::uint64_t>((std::uint64_t)h->biHeight, bits.m_nSize / stride);
     size_t width = (size_t)h->biWidth;
     std::vector<std::uint16_t> pairs;
-    if (bpp == 24 && t.same && rows * width >= (1u << 16)) {
+    bool wide = bpp == 24 && t.same && qm::dib::HasByteShuffle512();
+    if (bpp == 24 && t.same && !wide && rows * width >= (1u << 16)) {
         pairs.resize(65536);
         for (unsigned v = 0; v < 65536; ++v) pairs[v] = (std::uint16_t)(t.c8[0][v & 0xFF] | t.c8[0][v >> 8] << 8);
     }
@@ -78,6 +79,8 @@ Outcome ApplyTables(CDIBitmap::CBmpInfo& info, CDIBitmap::CBmpBits& bits, const 
                 p[0] = (BYTE)v;
                 p[1] = (BYTE)(v >> 8);
             }
+        } else if (wide) {
+            qm::dib::MapBytes512(p, 3 * width, t.c8[0]);
         } else if (bpp == 24 && t.same) {
             // One table for all three channels: the row is one run of bytes, taken two at a
             // time through a table of byte pairs when the picture is large enough to pay for it.

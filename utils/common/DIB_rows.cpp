@@ -110,6 +110,7 @@ void GreyRow(BYTE* row, std::size_t width, std::size_t pixelBytes, BYTE* scratch
         const __m128i last = _mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, -1);
         std::size_t bytes = 3 * width, i = 0;
         if (bytes >= 18) std::memcpy(scratch, row, bytes);
+        if (HasByteShuffle512()) i = 3 * GreyRow24_512(row, scratch, width);
         for (; i + 18 <= bytes; i += 15) {
             __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(scratch + i));
             __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(scratch + i + 1));
@@ -143,6 +144,10 @@ void MirrorRow(BYTE* row, std::size_t width, std::size_t pixelBytes, BYTE* scrat
     switch (pixelBytes) {
     case 1: std::reverse_copy(scratch, scratch + width, row); return;
     case 3:
+        if (HasByteShuffle512()) {
+            x = MirrorRow24_512(row, scratch, width);
+            out = row + 3 * x;
+        }
         // Four pixels at a time: the 12 bytes of pixels w-4-x .. w-1-x in reverse order.
         for (; x + 4 <= width; x += 4, out += 12) {
             const BYTE* s = scratch + 3 * (width - 4 - x);

@@ -33,3 +33,18 @@ void GatherRow24(BYTE* out, const BYTE* in, std::size_t inBytes, const std::uint
 void QuarterTurnInPlace(BYTE* bits, std::uint64_t stride, int side, std::size_t pixelBytes, bool clockwise);
 
 }  // namespace qm::dib
+
+namespace qm::dib {
+
+// Kernels on 64-byte vectors, for processors that have them (checked once, at first use).
+bool HasByteShuffle512();
+// p[i] = table[p[i]] for i < n.
+void MapBytes512(BYTE* p, std::size_t n, const BYTE* table);
+// The first pixels of MirrorRow for 3-byte pixels from a copy of the row (with 8 spare bytes);
+// returns how many pixels of `out` were written.
+std::size_t MirrorRow24_512(BYTE* out, const BYTE* in, std::size_t width);
+// The first pixels of GreyRow for 3-byte pixels from a copy of the row; returns how many
+// pixels were written.
+std::size_t GreyRow24_512(BYTE* row, const BYTE* copy, std::size_t width);
+
+}  // namespace qm::dib

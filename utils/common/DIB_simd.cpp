@@ -1,0 +1,103 @@
+// Row kernels on 64-byte vectors with byte permutations (AVX-512 VBMI). They are compiled for
+// that instruction set only inside this file and called only after the run-time check of the
+// processor, so the library still runs on every x86 processor with SSE2.
+#include <cstring>
+
+#include "utils/common/DIB_rows.h"
+
+#if defined(__x86_64__) || defined(__i386__)
+#include <immintrin.h>
+#define QM_DIB_VBMI 1
+#define QM_VBMI __attribute__((target("avx512f,avx512bw,avx512vbmi")))
+#endif
+
+namespace qm::dib {
+
+#ifdef QM_DIB_VBMI
+
+bool HasByteShuffle512() {
+    static const bool has = [] {
+        __builtin_cpu_init();
+        return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+               __builtin_cpu_supports("avx512vbmi");
+    }();
+    return has;
+}
+
+namespace {
+
+// Byte k of the 63 bytes of 21 pixels of three bytes comes from byte idx[k] of the source.
+template <class F>
+QM_VBMI __m512i Indexes(F f) {
+    alignas(64) BYTE idx[64];
+    for (int k = 0; k < 64; ++k) idx[k] = (BYTE)(k < 63 ? f(k) : 63);
+    return _mm512_load_si512(idx);
+}
+
+const __mmask64 k63 = ~(__mmask64)0 >> 1;
+
+}  // namespace
+
+QM_VBMI void MapBytes512(BYTE* p, std::size_t n, const BYTE* table) {
+    const __m512i t0 = _mm512_loadu_si512(table), t1 = _mm512_loadu_si512(table + 64);
+    const __m512i t2 = _mm512_loadu_si512(table + 128), t3 = _mm512_loadu_si512(table + 192);
+    std::size_t i = 0;
+    for (; i + 64 <= n; i += 64) {
+        __m512i v = _mm512_loadu_si512(p + i);
+        // The low seven bits pick one of 128 entries in each half; the top bit picks the half.
+        __m512i lo = _mm512_permutex2var_epi8(t0, v, t1), hi = _mm512_permutex2var_epi8(t2, v, t3);
+        _mm512_storeu_si512(p + i, _mm512_mask_blend_epi8(_mm512_movepi8_mask(v), lo, hi));
+    }
+    for (; i < n; ++i) p[i] = table[p[i]];
+}
+
+QM_VBMI std::size_t MirrorRow24_512(BYTE* out, const BYTE* in, std::size_t width) {
+    // Output pixel j of a step of 21 is input pixel 20 - j of the block read.
+    const __m512i reverse = Indexes([](int k) { return 3 * (20 - k / 3) + k % 3; });
+    std::size_t x = 0;
+    for (; x + 21 <= width; x += 21) {
+        // Reads one byte past the 21 pixels: the caller's copy of the row has room for it.
+        __m512i v = _mm512_loadu_si512(in + 3 * (width - 21 - x));
+        _mm512_mask_storeu_epi8(out + 3 * x, k63, _mm512_maskz_permutexvar_epi8(~(__mmask64)0, reverse, v));
+    }
+    return x;
+}
+
+QM_VBMI std::size_t GreyRow24_512(BYTE* row, const BYTE* copy, std::size_t width) {
+    // Blue, green and red of 21 pixels as 16-bit lanes, their sum divided by 3 exactly
+    // (multiplied by 0xAAAB, shifted by 17), and each quotient's low byte spread over three.
+    alignas(64) BYTE ib[64], ig[64], ir[64];
+    for (int k = 0; k < 64; ++k) {
+        int j = k / 2 < 21 ? k / 2 : 20;
+        ib[k] = (BYTE)(3 * j);
+        ig[k] = (BYTE)(3 * j + 1);
+        ir[k] = (BYTE)(3 * j + 2);
+    }
+    const __m512i b = _mm512_load_si512(ib), g = _mm512_load_si512(ig), r = _mm512_load_si512(ir);
+    const __m512i spread = Indexes([](int k) { return 2 * (k / 3); });
+    const __mmask64 lowBytes = 0x5555555555555555ull;
+    const __m512i third = _mm512_set1_epi16((short)0xAAAB);
+    std::size_t x = 0;
+    for (; x + 22 <= width; x += 21) {  // 64 bytes read: one past the 21 pixels
+        __m512i v = _mm512_loadu_si512(copy + 3 * x);
+        __m512i s = _mm512_add_epi16(_mm512_add_epi16(_mm512_maskz_permutexvar_epi8(lowBytes, b, v),
+                                                      _mm512_maskz_permutexvar_epi8(lowBytes, g, v)),
+                                     _mm512_maskz_permutexvar_epi8(lowBytes, r, v));
+        __m512i q = _mm512_srli_epi16(_mm512_mulhi_epu16(s, third), 1);
+        _mm512_mask_storeu_epi8(row + 3 * x, k63, _mm512_maskz_permutexvar_epi8(~(__mmask64)0, spread, q));
+    }
+    return x;
+}
+
+#else
+
+bool HasByteShuffle512() { return false; }
+void MapBytes512(BYTE* p, std::size_t n, const BYTE* table) {
+    for (std::size_t i = 0; i < n; ++i) p[i] = table[p[i]];
+}
+std::size_t MirrorRow24_512(BYTE*, const BYTE*, std::size_t) { return 0; }
+std::size_t GreyRow24_512(BYTE*, const BYTE*, std::size_t) { return 0; }
+
+#endif
+
+}  // namespace qm::dib
