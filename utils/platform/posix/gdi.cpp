@@ -143,6 +143,29 @@ bool Stretch(Surface& dst, int x, int y, int cx, int cy, const PixelSource& src,
         colFirst[(size_t)(i - i0)] = (std::int32_t)(XS + a);
         colLast[(size_t)(i - i0)] = (std::int32_t)(XS + b);
     }
+    // Copying one sampled pixel per target pixel: each target row takes its pixels straight
+    // from its source row, and a row that samples the same source row as the one above it is
+    // a copy of that row.
+    bool sampled = rop == SRCCOPY && mode != HALFTONE && !(combine && (CXS > CX || CYS > CY)) && src.sampleRow &&
+                   *std::min_element(colFirst.begin(), colFirst.end()) >= 0 &&
+                   *std::max_element(colFirst.begin(), colFirst.end()) < src.width;
+    if (sampled) {
+        long long previous = -1;
+        for (long long j = j0; j < j1; ++j) {
+            long long a, b;
+            span(flipY ? CY - 1 - j : j, CY, CYS, a, b);
+            long long r = YS + a;
+            if (r < 0 || r >= src.height) continue;
+            std::uint32_t* out = dst.Row((int)(Y + j)) + (X + i0);
+            if (r == previous && j > j0) {
+                std::memcpy(out, dst.Row((int)(Y + j - 1)) + (X + i0), colFirst.size() * 4);
+            } else {
+                src.sampleRow((int)r, colFirst.data(), colFirst.size(), out);
+            }
+            previous = r;
+        }
+        return true;
+    }
     std::vector<std::uint32_t> rowBuf((size_t)std::max(1, src.width));
     std::vector<std::uint32_t> acc((size_t)(i1 - i0));
     std::vector<std::uint32_t> sumR, sumG, sumB, count;
