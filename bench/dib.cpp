@@ -11,7 +11,6 @@
 #include "ratio_reporter.h"
 #include "utils/common/CVLogger.h"
 #include "utils/common/DIB.h"
-#include "utils/framework/CDC.h"
 
 namespace {
 
@@ -113,32 +112,6 @@ void BM_BlackAndWhite(benchmark::State& state) {
 }
 BENCHMARK(BM_BlackAndWhite)->Unit(benchmark::kMillisecond);
 
-// The picture drawn at half its size into a memory device context, in the context's default
-// stretch mode (state.range(0) == 0: black on white, which combines the pixels it drops) or
-// with colour on colour (1), against a memcpy of the result's bytes.
-void BM_StretchBltHalf(benchmark::State& state) {
-    CDC screen, dc;
-    screen.CreateDC("DISPLAY", nullptr, nullptr, nullptr);
-    dc.CreateCompatibleDC(&screen);
-    CBitmap target;
-    target.CreateCompatibleBitmap(&screen, kSide / 2, kSide / 2);
-    CBitmap* old = dc.SelectObject(&target);
-    if (state.range(0)) dc.SetStretchBltMode(COLORONCOLOR);
-    for (auto _ : state) Picture().StretchBlt(dc.GetSafeHdc(), 0, 0, kSide / 2, kSide / 2, 0, 0, kSide, kSide);
-    dc.SelectObject(old);
-}
-BENCHMARK(BM_StretchBltHalf)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
-
-void BM_MemcpyQuarter(benchmark::State& state) {
-    // The bytes of a half-size picture of 32-bit pixels, as a device context holds it.
-    std::vector<BYTE> from((size_t)kSide * kSide, 1), to(from.size());
-    for (auto _ : state) {
-        std::memcpy(to.data(), from.data(), to.size());
-        benchmark::ClobberMemory();
-    }
-}
-BENCHMARK(BM_MemcpyQuarter)->Unit(benchmark::kMillisecond);
-
 void BM_Save(benchmark::State& state) {
     CDIBitmap& b = Picture();
     for (auto _ : state) {
@@ -198,9 +171,7 @@ const bool kRatios = [] {
     qmbench::AddRatio("Save / plain fwrite", "BM_Save", "BM_PlainWrite", "<= 2");
     qmbench::AddRatio("Load / plain fread", "BM_Load", "BM_PlainRead", "<= 2");
     qmbench::AddRatio("CopyAs24Bits of 8 bits / memcpy", "BM_CopyAs24BitsFrom8", "BM_Memcpy", "report");
-    qmbench::AddRatio("BlackAndWhite / memcpy", "BM_BlackAndWhite", "BM_Memcpy", "<= 2");
-    qmbench::AddRatio("StretchBlt to half, default mode / memcpy of the result", "BM_StretchBltHalf/0", "BM_MemcpyQuarter", "report");
-    qmbench::AddRatio("StretchBlt to half, colour on colour / memcpy of the result", "BM_StretchBltHalf/1", "BM_MemcpyQuarter", "<= 4");
+    qmbench::AddRatio("BlackAndWhite / memcpy", "BM_BlackAndWhite", "BM_Memcpy", "report");
     return true;
 }();
 

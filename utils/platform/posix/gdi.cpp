@@ -19,6 +19,12 @@ std::unordered_set<Object*>& Live() {
     static std::unordered_set<Object*> live;
     return live;
 }
+// The object found last: measuring text asks for the same context many times in a row.
+// Cleared when that object is destroyed, so it is always a live one (or null).
+Object*& LastFound() {
+    static Object* last = nullptr;
+    return last;
+}
 // The 1 x 1 bitmap every memory context starts with (GDI's stock bitmap).
 Surface* StockBitmap() {
     static Surface* s = [] {
@@ -34,8 +40,10 @@ Surface* StockBitmap() {
 void Register(Object* obj) { Live().insert(obj); }
 
 Object* Find(void* handle) {
+    if (handle && handle == LastFound()) return LastFound();
     auto it = Live().find((Object*)handle);
-    return it == Live().end() ? nullptr : *it;
+    if (it == Live().end()) return nullptr;
+    return LastFound() = *it;
 }
 Dc* FindDc(HDC hdc) {
     Object* o = Find(hdc);
@@ -64,6 +72,7 @@ namespace {
 
 void Destroy(Object* o) {
     Live().erase(o);
+    if (LastFound() == o) LastFound() = nullptr;
     delete o;
 }
 
