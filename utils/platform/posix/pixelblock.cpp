@@ -4,6 +4,7 @@
 
 #include <sys/mman.h>
 
+#include <cstdint>
 #include <cstdlib>
 
 namespace qm::platform {
@@ -17,6 +18,18 @@ void* AllocatePixelBlock(std::size_t size) {
     madvise(p, size, MADV_HUGEPAGE);  // only advice: the block is usable either way
 #endif
     return p;
+}
+
+void PrepareLargeBlock(void* block, std::size_t size) {
+#ifdef MADV_HUGEPAGE
+    const std::uintptr_t kHuge = std::uintptr_t(2) << 20;
+    std::uintptr_t from = ((std::uintptr_t)block + kHuge - 1) & ~(kHuge - 1);
+    std::uintptr_t to = ((std::uintptr_t)block + size) & ~(kHuge - 1);
+    if (block && to > from) madvise((void*)from, (std::size_t)(to - from), MADV_HUGEPAGE);
+#else
+    (void)block;
+    (void)size;
+#endif
 }
 
 }  // namespace qm::platform

@@ -7,4 +7,6 @@ namespace qm::platform {
 
 void* AllocatePixelBlock(std::size_t size) { return std::malloc(size ? size : 1); }
 
+void PrepareLargeBlock(void*, std::size_t) {}
+
 }  // namespace qm::platform
