@@ -82,7 +82,7 @@ def main():
         ("Load", "BM_Load", "BM_PlainRead", 2.0),
     ]
     print("\nBitmaps, 4096 x 4096 x 24 bits: CPU time ratios (load average %.2f)" % os.getloadavg()[0])
-    header = "%-34s %9s %9s %7s %9s %9s %7s" % ("operation", "library", "/ base", "goal", "Pillow", "lib/PIL", "goal")
+    header = "%-34s %9s %9s %8s %9s %9s %8s" % ("operation", "library", "/ base", "goal", "Pillow", "lib/PIL", "goal")
     print(header)
     print("-" * len(header))
     for label, name, base, goal in rows:
@@ -91,10 +91,14 @@ def main():
             continue
         ours, theirs = lib[name], pillow[name]
         ratio, versus = ours / lib[base], ours / theirs
-        print("%-34s %7.2fms %9.2f %7s %7.2fms %9.2f %7s" % (label, ours, ratio, "<= %g" % goal + (" " if ratio <= goal else "!"),
-                                                          theirs, versus, "<= 0.5" + (" " if versus <= 0.5 else "!")))
-    print("(/ base: against memcpy of the picture's bytes, Save and Load against plain fwrite and fread; "
-          "'!' marks a goal not met)")
+        if name.startswith("BM_Resize") and "BM_CopyOnly" in lib:
+            # Pillow makes a new picture from the old one: the library's resize without the
+            # copy the benchmark makes first so that it can resize the same picture again.
+            versus = (ours - lib["BM_CopyOnly"]) / theirs
+        print("%-34s %7.2fms %9.2f %8s %7.2fms %9.2f %8s" % (label, ours, ratio, ("<= %g" % goal) + (" " if ratio <= goal else "!"),
+                                                           theirs, versus, "<= 0.5" + (" " if versus <= 0.5 else "!")))
+    print("(/ base: against memcpy of the picture's bytes, Save and Load against plain fwrite and fread; lib/PIL of"
+          " the resizes: without their copy; '!' marks a goal not met)")
 
 
 if __name__ == "__main__":
