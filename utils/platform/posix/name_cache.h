@@ -6,7 +6,8 @@
 // changed, so a name another process made after the listing was read is still found. Names
 // this process makes are added to the listing as it makes them, so that filling a folder one
 // file at a time costs a constant number of system calls per file instead of a read of the
-// whole folder.
+// whole folder. (As before the cache, a file another process makes between a lookup and the
+// creation that follows it is not seen by that creation.)
 #pragma once
 
 #include <string>
