@@ -290,6 +290,9 @@ int CDIBitmap::Resize(const CSize& size) {
         std::vector<std::uint32_t> offsets((size_t)size.cx);
         for (size_t x = 0; x < offsets.size(); ++x) offsets[x] = 3u * (std::uint32_t)cols[x].first;
         std::uint64_t used = 3 * (std::uint64_t)size.cx;
+        qm::dib::GatherPlan plan;
+        bool wide = qm::dib::HasByteShuffle512();
+        if (wide) qm::dib::PlanGather24(offsets.data(), offsets.size(), plan);
         for (int y = 0; y < size.cy; ++y) {
             BYTE* out = result.GetBits() + dstStride * y;
             int from = rows[(size_t)y].first;
@@ -298,7 +301,9 @@ int CDIBitmap::Resize(const CSize& size) {
                 continue;
             }
             const BYTE* in = src->GetBits() + srcStride * from;
-            qm::dib::GatherRow24(out, in, (size_t)(src->GetBitsSize() - srcStride * from), offsets.data(), offsets.size());
+            size_t inBytes = (size_t)(src->GetBitsSize() - srcStride * from);
+            size_t done = wide ? qm::dib::GatherRow24_512(out, in, inBytes, plan) : 0;
+            qm::dib::GatherRow24(out + 3 * done, in, inBytes, offsets.data() + done, offsets.size() - done);
             std::memset(out + used, 0, (size_t)(dstStride - used));
         }
         Release(*this);

@@ -175,6 +175,24 @@ void GatherRow24(BYTE* out, const BYTE* in, std::size_t inBytes, const std::uint
     for (; i < count; ++i, out += 3) std::memcpy(out, in + offsets[i], 3);
 }
 
+void PlanGather24(const std::uint32_t* offsets, std::size_t count, GatherPlan& plan) {
+    plan.runs = 0;
+    plan.start.clear();
+    plan.index.clear();
+    for (std::size_t first = 0; first + 16 <= count; first += 16) {
+        std::uint32_t lo = offsets[first], hi = offsets[first];
+        for (std::size_t k = first; k < first + 16; ++k) {
+            lo = std::min(lo, offsets[k]);
+            hi = std::max(hi, offsets[k]);
+        }
+        if (hi + 3 - lo > 128) break;
+        plan.start.push_back(lo);
+        for (std::size_t k = 0; k < 64; ++k)
+            plan.index.push_back((BYTE)(k < 48 ? offsets[first + k / 3] - lo + k % 3 : 0));
+        ++plan.runs;
+    }
+}
+
 namespace {
 
 // A rectangle of storage pixels: [x0, x1) x [y0, y1).

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "utils/framework/wintypes.h"
 
@@ -46,5 +47,18 @@ std::size_t MirrorRow24_512(BYTE* out, const BYTE* in, std::size_t width);
 // The first pixels of GreyRow for 3-byte pixels from a copy of the row; returns how many
 // pixels were written.
 std::size_t GreyRow24_512(BYTE* row, const BYTE* copy, std::size_t width);
+
+
+// Byte indexes for GatherRow24_512: for each run of 16 target pixels whose source pixels lie
+// within 128 bytes, where that window starts and which of its bytes each target byte takes.
+struct GatherPlan {
+    std::size_t runs = 0;  // leading runs that have a window
+    std::vector<std::uint32_t> start;
+    std::vector<BYTE> index;  // 64 per run
+};
+void PlanGather24(const std::uint32_t* offsets, std::size_t count, GatherPlan& plan);
+// GatherRow24 for the planned runs whose window lies inside the `inBytes` readable bytes;
+// returns how many target pixels were written (16 per run, from the first).
+std::size_t GatherRow24_512(BYTE* out, const BYTE* in, std::size_t inBytes, const GatherPlan& plan);
 
 }  // namespace qm::dib

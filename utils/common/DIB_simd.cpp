@@ -89,9 +89,22 @@ QM_VBMI std::size_t GreyRow24_512(BYTE* row, const BYTE* copy, std::size_t width
     return x;
 }
 
+QM_VBMI std::size_t GatherRow24_512(BYTE* out, const BYTE* in, std::size_t inBytes, const GatherPlan& plan) {
+    const __mmask64 k48 = ((__mmask64)1 << 48) - 1;
+    std::size_t r = 0;
+    for (; r < plan.runs && plan.start[r] + 128 <= inBytes; ++r) {
+        const BYTE* w = in + plan.start[r];
+        __m512i idx = _mm512_loadu_si512(plan.index.data() + 64 * r);
+        __m512i v = _mm512_permutex2var_epi8(_mm512_loadu_si512(w), idx, _mm512_loadu_si512(w + 64));
+        _mm512_mask_storeu_epi8(out + 48 * r, k48, v);
+    }
+    return 16 * r;
+}
+
 #else
 
 bool HasByteShuffle512() { return false; }
+std::size_t GatherRow24_512(BYTE*, const BYTE*, std::size_t, const GatherPlan&) { return 0; }
 void MapBytes512(BYTE* p, std::size_t n, const BYTE* table) {
     for (std::size_t i = 0; i < n; ++i) p[i] = table[p[i]];
 }
