@@ -27,11 +27,13 @@ bool HasByteShuffle512() {
 namespace {
 
 // Byte k of the 63 bytes of 21 pixels of three bytes comes from byte idx[k] of the source.
+// (Inlined, and read without an alignment demand: the 64-bit Windows stack is only 16-byte
+// aligned, so no 64-byte value may live on it.)
 template <class F>
-QM_VBMI __m512i Indexes(F f) {
-    alignas(64) BYTE idx[64];
+QM_VBMI __attribute__((always_inline)) inline __m512i Indexes(F f) {
+    BYTE idx[64];
     for (int k = 0; k < 64; ++k) idx[k] = (BYTE)(k < 63 ? f(k) : 63);
-    return _mm512_load_si512(idx);
+    return _mm512_loadu_si512(idx);
 }
 
 const __mmask64 k63 = ~(__mmask64)0 >> 1;
@@ -66,14 +68,14 @@ QM_VBMI std::size_t MirrorRow24_512(BYTE* out, const BYTE* in, std::size_t width
 QM_VBMI std::size_t GreyRow24_512(BYTE* row, const BYTE* copy, std::size_t width) {
     // Blue, green and red of 21 pixels as 16-bit lanes, their sum divided by 3 exactly
     // (multiplied by 0xAAAB, shifted by 17), and each quotient's low byte spread over three.
-    alignas(64) BYTE ib[64], ig[64], ir[64];
+    BYTE ib[64], ig[64], ir[64];
     for (int k = 0; k < 64; ++k) {
         int j = k / 2 < 21 ? k / 2 : 20;
         ib[k] = (BYTE)(3 * j);
         ig[k] = (BYTE)(3 * j + 1);
         ir[k] = (BYTE)(3 * j + 2);
     }
-    const __m512i b = _mm512_load_si512(ib), g = _mm512_load_si512(ig), r = _mm512_load_si512(ir);
+    const __m512i b = _mm512_loadu_si512(ib), g = _mm512_loadu_si512(ig), r = _mm512_loadu_si512(ir);
     const __m512i spread = Indexes([](int k) { return 2 * (k / 3); });
     const __mmask64 lowBytes = 0x5555555555555555ull;
     const __m512i third = _mm512_set1_epi16((short)0xAAAB);
