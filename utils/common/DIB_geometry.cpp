@@ -217,10 +217,16 @@ bool CDIBitmap::CopyAs24Bits(const CDIBitmap& src) {
         for (DWORD i = 0; i < (1u << bpp); ++i)
             if (const RGBQUAD* q = src.m_BmpInfo.GetColorEntry(i))
                 palette[i] = (std::uint32_t)q->rgbRed << 16 | (std::uint32_t)q->rgbGreen << 8 | q->rgbBlue;
+    BYTE channels[3 * 256];
+    bool wide = bpp == 8 && qm::dib::HasByteShuffle512();
+    if (wide)
+        for (int i = 0; i < 256; ++i)
+            for (int c = 0; c < 3; ++c) channels[256 * c + i] = (BYTE)(palette[i] >> (8 * c));
     std::uint64_t used = 3 * (std::uint64_t)GetWidth();
     for (int y = 0; y < GetHeight(); ++y) {
         BYTE* out = m_BmpBits.m_pPtr + dstStride * (std::uint64_t)y;
-        qm::dib::RowTo24(src.m_BmpBits.m_pPtr + srcStride * (std::uint64_t)y, out, (std::size_t)GetWidth(), bpp, palette);
+        qm::dib::RowTo24(src.m_BmpBits.m_pPtr + srcStride * (std::uint64_t)y, out, (std::size_t)GetWidth(), bpp, palette,
+                         wide ? channels : nullptr);
         std::memset(out + used, 0, (size_t)(dstStride - used));
     }
     return true;

@@ -47,7 +47,7 @@ inline unsigned Third(unsigned s) { return (s * 0xAAABu) >> 17; }
 
 }  // namespace
 
-void RowTo24(const BYTE* in, BYTE* out, std::size_t width, int bpp, const std::uint32_t* palette) {
+void RowTo24(const BYTE* in, BYTE* out, std::size_t width, int bpp, const std::uint32_t* palette, const BYTE* channels) {
     std::size_t x = 0;
     switch (bpp) {
     case 1:
@@ -57,6 +57,10 @@ void RowTo24(const BYTE* in, BYTE* out, std::size_t width, int bpp, const std::u
         for (; x < width; ++x, out += 3) Put3(out, palette[x & 1 ? in[x >> 1] & 0x0F : in[x >> 1] >> 4]);
         break;
     case 8:
+        if (channels) {
+            x = Palette8To24_512(out, in, width, channels);
+            out += 3 * x;
+        }
         for (; x + 4 <= width; x += 4, out += 12)
             Put4x3(out, palette[in[x]], palette[in[x + 1]], palette[in[x + 2]], palette[in[x + 3]]);
         for (; x < width; ++x, out += 3) Put3(out, palette[in[x]]);

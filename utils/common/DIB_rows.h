@@ -14,7 +14,10 @@ namespace qm::dib {
 // `width` pixels of depth 1, 4, 8 (through `palette`, 0x00RRGGBB per index), 16 (5-5-5),
 // 24 or 32 bits written as 3-byte blue-green-red pixels; exactly 3 * width bytes of `out`
 // are written.
-void RowTo24(const BYTE* in, BYTE* out, std::size_t width, int bpp, const std::uint32_t* palette);
+// `channels`, when given for 8 bits, holds the palette's blue, green and red bytes as three
+// tables of 256 (for the 64-byte kernels).
+void RowTo24(const BYTE* in, BYTE* out, std::size_t width, int bpp, const std::uint32_t* palette,
+             const BYTE* channels = nullptr);
 
 // Each pixel of 3 or 4 bytes becomes grey (blue + green + red) / 3 in its three colour
 // bytes; a fourth byte becomes 0. `scratch` holds at least width * pixelBytes bytes.
@@ -48,6 +51,9 @@ std::size_t MirrorRow24_512(BYTE* out, const BYTE* in, std::size_t width);
 // pixels were written.
 std::size_t GreyRow24_512(BYTE* row, const BYTE* copy, std::size_t width);
 
+
+// The first pixels of RowTo24 for 8 bits, 64 at a time; returns how many were written.
+std::size_t Palette8To24_512(BYTE* out, const BYTE* in, std::size_t width, const BYTE* channels);
 
 // Byte indexes for GatherRow24_512: for each run of 16 target pixels whose source pixels lie
 // within 128 bytes, where that window starts and which of its bytes each target byte takes.

@@ -103,9 +103,49 @@ QM_VBMI std::size_t GatherRow24_512(BYTE* out, const BYTE* in, std::size_t inByt
     return 16 * r;
 }
 
+QM_VBMI std::size_t Palette8To24_512(BYTE* out, const BYTE* in, std::size_t width, const BYTE* channels) {
+    // Blue, green and red of 64 indexes through three tables of 256 bytes (each as two
+    // two-register permutations, the index's top bit choosing the half), then interleaved
+    // into 192 bytes: blue and green bytes put in place by one permutation, red bytes by a
+    // second one under a mask.
+    __m512i t[3][4];
+    for (int c = 0; c < 3; ++c)
+        for (int q = 0; q < 4; ++q) t[c][q] = _mm512_loadu_si512(channels + 256 * c + 64 * q);
+    __m512i blueGreen[3], red[3];
+    __mmask64 redAt[3];
+    for (int j = 0; j < 3; ++j) {
+        BYTE bg[64], r[64];
+        redAt[j] = 0;
+        for (int k = 0; k < 64; ++k) {
+            int at = 64 * j + k, pixel = at / 3, channel = at % 3;
+            bg[k] = (BYTE)(channel == 0 ? pixel : channel == 1 ? 64 + pixel : 0);
+            r[k] = (BYTE)pixel;
+            if (channel == 2) redAt[j] |= (__mmask64)1 << k;
+        }
+        blueGreen[j] = _mm512_loadu_si512(bg);
+        red[j] = _mm512_loadu_si512(r);
+    }
+    std::size_t x = 0;
+    for (; x + 64 <= width; x += 64) {
+        __m512i v = _mm512_loadu_si512(in + x);
+        __mmask64 high = _mm512_movepi8_mask(v);
+        __m512i c[3];
+        for (int k = 0; k < 3; ++k)
+            c[k] = _mm512_mask_blend_epi8(high, _mm512_permutex2var_epi8(t[k][0], v, t[k][1]),
+                                          _mm512_permutex2var_epi8(t[k][2], v, t[k][3]));
+        for (int j = 0; j < 3; ++j) {
+            __m512i o = _mm512_permutex2var_epi8(c[0], blueGreen[j], c[1]);
+            o = _mm512_mask_permutexvar_epi8(o, redAt[j], red[j], c[2]);
+            _mm512_storeu_si512(out + 3 * x + 64 * j, o);
+        }
+    }
+    return x;
+}
+
 #else
 
 bool HasByteShuffle512() { return false; }
+std::size_t Palette8To24_512(BYTE*, const BYTE*, std::size_t, const BYTE*) { return 0; }
 std::size_t GatherRow24_512(BYTE*, const BYTE*, std::size_t, const GatherPlan&) { return 0; }
 void MapBytes512(BYTE* p, std::size_t n, const BYTE* table) {
     for (std::size_t i = 0; i < n; ++i) p[i] = table[p[i]];
