@@ -26,14 +26,42 @@ bool HasByteShuffle512() {
 
 namespace {
 
-// Byte k of the 63 bytes of 21 pixels of three bytes comes from byte idx[k] of the source.
-// (Inlined, and read without an alignment demand: the 64-bit Windows stack is only 16-byte
-// aligned, so no 64-byte value may live on it.)
+// Byte indexes and masks of the permutations, computed when the library is compiled (64-byte
+// values are read from them without an alignment demand: the 64-bit Windows stack and data
+// need not be 64-byte aligned).
+struct Bytes64 {
+    BYTE b[64];
+};
 template <class F>
-QM_VBMI __attribute__((always_inline)) inline __m512i Indexes(F f) {
-    BYTE idx[64];
-    for (int k = 0; k < 64; ++k) idx[k] = (BYTE)(k < 63 ? f(k) : 63);
-    return _mm512_loadu_si512(idx);
+constexpr Bytes64 Table(F f) {
+    Bytes64 t{};
+    for (int k = 0; k < 64; ++k) t.b[k] = (BYTE)f(k);
+    return t;
+}
+QM_VBMI __attribute__((always_inline)) inline __m512i Load(const Bytes64& t) { return _mm512_loadu_si512(t.b); }
+
+// Output pixel j of 21 is input pixel 20 - j.
+constexpr Bytes64 kReverse21 = Table([](int k) { return k < 63 ? 3 * (20 - k / 3) + k % 3 : 63; });
+// Blue, green, red of pixel j (of 21) as the low byte of 16-bit lane j.
+constexpr Bytes64 kBlue16 = Table([](int k) { return 3 * (k / 2 < 21 ? k / 2 : 20); });
+constexpr Bytes64 kGreen16 = Table([](int k) { return 3 * (k / 2 < 21 ? k / 2 : 20) + 1; });
+constexpr Bytes64 kRed16 = Table([](int k) { return 3 * (k / 2 < 21 ? k / 2 : 20) + 2; });
+// The low byte of lane j spread over the three bytes of pixel j.
+constexpr Bytes64 kSpread = Table([](int k) { return k < 63 ? 2 * (k / 3) : 0; });
+// Output vector j (of three) of 64 interleaved pixels: blue and green bytes from the pair
+// (blue, green), red bytes from red.
+template <int J>
+constexpr Bytes64 kBlueGreen = Table([](int k) {
+    int at = 64 * J + k, pixel = at / 3, channel = at % 3;
+    return channel == 0 ? pixel : channel == 1 ? 64 + pixel : 0;
+});
+template <int J>
+constexpr Bytes64 kRedPixel = Table([](int k) { return (64 * J + k) / 3; });
+constexpr __mmask64 RedBytes(int j) {
+    __mmask64 m = 0;
+    for (int k = 0; k < 64; ++k)
+        if ((64 * j + k) % 3 == 2) m |= (__mmask64)1 << k;
+    return m;
 }
 
 const __mmask64 k63 = ~(__mmask64)0 >> 1;
@@ -55,7 +83,7 @@ QM_VBMI void MapBytes512(BYTE* p, std::size_t n, const BYTE* table) {
 
 QM_VBMI std::size_t MirrorRow24_512(BYTE* out, const BYTE* in, std::size_t width) {
     // Output pixel j of a step of 21 is input pixel 20 - j of the block read.
-    const __m512i reverse = Indexes([](int k) { return 3 * (20 - k / 3) + k % 3; });
+    const __m512i reverse = Load(kReverse21);
     std::size_t x = 0;
     for (; x + 21 <= width; x += 21) {
         // Reads one byte past the 21 pixels: the caller's copy of the row has room for it.
@@ -68,15 +96,8 @@ QM_VBMI std::size_t MirrorRow24_512(BYTE* out, const BYTE* in, std::size_t width
 QM_VBMI std::size_t GreyRow24_512(BYTE* row, const BYTE* copy, std::size_t width) {
     // Blue, green and red of 21 pixels as 16-bit lanes, their sum divided by 3 exactly
     // (multiplied by 0xAAAB, shifted by 17), and each quotient's low byte spread over three.
-    BYTE ib[64], ig[64], ir[64];
-    for (int k = 0; k < 64; ++k) {
-        int j = k / 2 < 21 ? k / 2 : 20;
-        ib[k] = (BYTE)(3 * j);
-        ig[k] = (BYTE)(3 * j + 1);
-        ir[k] = (BYTE)(3 * j + 2);
-    }
-    const __m512i b = _mm512_loadu_si512(ib), g = _mm512_loadu_si512(ig), r = _mm512_loadu_si512(ir);
-    const __m512i spread = Indexes([](int k) { return 2 * (k / 3); });
+    const __m512i b = Load(kBlue16), g = Load(kGreen16), r = Load(kRed16);
+    const __m512i spread = Load(kSpread);
     const __mmask64 lowBytes = 0x5555555555555555ull;
     const __m512i third = _mm512_set1_epi16((short)0xAAAB);
     std::size_t x = 0;
@@ -111,20 +132,9 @@ QM_VBMI std::size_t Palette8To24_512(BYTE* out, const BYTE* in, std::size_t widt
     __m512i t[3][4];
     for (int c = 0; c < 3; ++c)
         for (int q = 0; q < 4; ++q) t[c][q] = _mm512_loadu_si512(channels + 256 * c + 64 * q);
-    __m512i blueGreen[3], red[3];
-    __mmask64 redAt[3];
-    for (int j = 0; j < 3; ++j) {
-        BYTE bg[64], r[64];
-        redAt[j] = 0;
-        for (int k = 0; k < 64; ++k) {
-            int at = 64 * j + k, pixel = at / 3, channel = at % 3;
-            bg[k] = (BYTE)(channel == 0 ? pixel : channel == 1 ? 64 + pixel : 0);
-            r[k] = (BYTE)pixel;
-            if (channel == 2) redAt[j] |= (__mmask64)1 << k;
-        }
-        blueGreen[j] = _mm512_loadu_si512(bg);
-        red[j] = _mm512_loadu_si512(r);
-    }
+    const __m512i blueGreen[3] = {Load(kBlueGreen<0>), Load(kBlueGreen<1>), Load(kBlueGreen<2>)};
+    const __m512i red[3] = {Load(kRedPixel<0>), Load(kRedPixel<1>), Load(kRedPixel<2>)};
+    const __mmask64 redAt[3] = {RedBytes(0), RedBytes(1), RedBytes(2)};
     std::size_t x = 0;
     for (; x + 64 <= width; x += 64) {
         __m512i v = _mm512_loadu_si512(in + x);
