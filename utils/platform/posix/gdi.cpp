@@ -193,6 +193,20 @@ bool Stretch(Surface& dst, int x, int y, int cx, int cy, const PixelSource& src,
         for (long long r = YS + a; r <= YS + b; ++r) {
             if (r < 0 || r >= src.height) continue;
             src.readRow((int)r, rowBuf.data());
+            if (mode == BLACKONWHITE || mode == WHITEONBLACK) {
+                // Combining by AND (or OR) over each column span, the first pixel taken as it is.
+                const bool orMode = mode == WHITEONBLACK;
+                for (size_t c = 0; c < acc.size(); ++c) {
+                    std::int32_t lo = std::max<std::int32_t>(colFirst[c], 0);
+                    std::int32_t hi = std::min<std::int32_t>(colLast[c], src.width - 1);
+                    if (lo > hi) continue;
+                    std::uint32_t v = rowBuf[(size_t)lo];
+                    for (std::int32_t sx = lo + 1; sx <= hi; ++sx) v = orMode ? v | rowBuf[(size_t)sx] : v & rowBuf[(size_t)sx];
+                    acc[c] = have[c] ? (orMode ? acc[c] | v : acc[c] & v) : v;
+                    have[c] = 1;
+                }
+                continue;
+            }
             for (size_t c = 0; c < acc.size(); ++c) {
                 for (std::int32_t sx = colFirst[c]; sx <= colLast[c]; ++sx) {
                     if (sx < 0 || sx >= src.width) continue;

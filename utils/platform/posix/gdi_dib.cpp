@@ -79,6 +79,19 @@ struct Dib {
         std::uint64_t scan = topDown ? (std::uint64_t)y : (std::uint64_t)(height - 1 - y);
         if (scan < firstScan || scan >= (std::uint64_t)firstScan + scans) return false;
         const unsigned char* r = rows + (scan - firstScan) * stride;
+        // The common depths a whole row at a time; the others pixel by pixel below.
+        if (bits == 24) {
+            for (int x = 0; x < width; ++x, r += 3) out[x] = ((std::uint32_t)r[2] << 16) | ((std::uint32_t)r[1] << 8) | r[0];
+            return true;
+        }
+        if (bits == 8) {
+            for (int x = 0; x < width; ++x) out[x] = palette[r[x]];
+            return true;
+        }
+        if (bits == 32 && masks[0] == 0xFF0000 && masks[1] == 0xFF00 && masks[2] == 0xFF) {
+            for (int x = 0; x < width; ++x, r += 4) out[x] = ((std::uint32_t)r[2] << 16) | ((std::uint32_t)r[1] << 8) | r[0];
+            return true;
+        }
         for (int x = 0; x < width; ++x) {
             std::uint32_t p = 0;
             switch (bits) {
