@@ -153,3 +153,36 @@ TEST(DibRows, ResizeTakesTheNearestOrMiddlePixelOfEachRowAndColumn) {
         EXPECT_EQ(Bytes(b), expect);
     }
 }
+
+TEST(DibRows, ColourAdjustmentsOfWholeRowsMatchThoseOfSinglePixels) {
+    // The same adjustment on a wide picture (whole rows, vector kernels) and on each of its
+    // pixels alone (a 1 x 1 picture, one pixel at a time).
+    using Adjust = void (*)(CDIBitmap&);
+    const Adjust adjustments[] = {
+        [](CDIBitmap& b) { b.AdjustBrightness(37); },      [](CDIBitmap& b) { b.AdjustBrightness(-200); },
+        [](CDIBitmap& b) { b.AdjustContrast(63); },        [](CDIBitmap& b) { b.AdjustContrast(-45); },
+        [](CDIBitmap& b) { b.AdjustContrastBrightness(-30, 90); }, [](CDIBitmap& b) { b.AdjustRGB(12, -7, 255); },
+    };
+    std::mt19937 rng(13);
+    for (int bpp : {24, 32})
+        for (size_t a = 0; a < std::size(adjustments); ++a) {
+            SCOPED_TRACE(testing::Message() << bpp << " bits, adjustment " << a);
+            CDIBitmap wide;
+            MakeNoisy(wide, 150, 2, bpp, rng);
+            CDIBitmap before;
+            before.CopyFrom(wide);
+            adjustments[a](wide);
+            for (int y = 0; y < 2; ++y)
+                for (int x = 0; x < 150; ++x) {
+                    CDIBitmap one;
+                    one.Create(1, 1, (WORD)bpp);
+                    one.SetPixelValue(CPoint(0, 0), before.GetPixelValue(CPoint(x, y)));
+                    adjustments[a](one);
+                    ASSERT_EQ(wide.GetPixelValue(CPoint(x, y)), one.GetPixelValue(CPoint(0, 0))) << x << "," << y;
+                }
+            // The padding bytes after each row are not part of any pixel and stay as they were.
+            size_t stride = Stride(150, bpp), used = 150 * (size_t)bpp / 8;
+            for (size_t y = 0; y < 2; ++y)
+                for (size_t i = used; i < stride; ++i) EXPECT_EQ(wide.GetBits()[y * stride + i], before.GetBits()[y * stride + i]);
+        }
+}
