@@ -9,6 +9,8 @@
 #include "utils/common/CVLogger.h"
 #include "utils/common/DIB.h"
 #include "utils/common/DIB_internal.h"
+#include "utils/common/DIB_rows.h"
+#include "utils/platform/pixelblock.h"
 
 #define QM_SOURCE_MODULE "Common\\DIB"
 
@@ -39,35 +41,6 @@ void RotateTiles(BYTE* bits, std::uint64_t dstStride, int rw, int rh, const BYTE
             }
 }
 
-// A quarter turn of a square picture of whole-byte pixels in its own block: every pixel moves
-// along a cycle of four positions, so no second block is needed.
-template <size_t N>
-void RotateSquareInPlace(BYTE* bits, std::uint64_t stride, int side, bool clockwise) {
-    auto at = [&](int x, int y) { return bits + stride * (std::uint64_t)y + N * (std::uint64_t)x; };
-    // Narrow along x (each step there moves two of the four positions by a row), long along y.
-    const int m = side - 1, tile = 8, tileY = 32;
-    const std::ptrdiff_t row = (std::ptrdiff_t)stride, step = (std::ptrdiff_t)N;
-    BYTE t[N];
-    for (int y0 = 0; y0 < side / 2; y0 += tileY)
-        for (int x0 = 0; x0 < (side + 1) / 2; x0 += tile)
-            for (int y = y0; y < std::min(y0 + tileY, side / 2); ++y) {
-                int x = x0, xe = std::min(x0 + tile, (side + 1) / 2);
-                // Along x the four positions move by a pixel or a row each.
-                BYTE* p0 = at(x, y);
-                BYTE* p2 = at(m - x, m - y);
-                BYTE* p1 = clockwise ? at(m - y, x) : at(y, m - x);
-                BYTE* p3 = clockwise ? at(y, m - x) : at(m - y, x);
-                std::ptrdiff_t d1 = clockwise ? row : -row, d3 = -d1;
-                for (; x < xe; ++x, p0 += step, p2 -= step, p1 += d1, p3 += d3) {
-                    std::memcpy(t, p0, N);
-                    std::memcpy(p0, p1, N);
-                    std::memcpy(p1, p2, N);
-                    std::memcpy(p2, p3, N);
-                    std::memcpy(p3, t, N);
-                }
-            }
-}
-
 }  // namespace
 
 void CDIBitmap::Rotate(eRotate angle) {
@@ -86,9 +59,7 @@ void CDIBitmap::Rotate(eRotate angle) {
     int w = GetWidth(), h = GetHeight();
     if (quarter && w == h && !IsAttached() && (bpp == 24 || bpp == 32 || bpp == 8)) {
         std::uint64_t stride = DWAlignedBytesPerLine(), used = (std::uint64_t)w * (bpp / 8);
-        if (bpp == 8) RotateSquareInPlace<1>(m_BmpBits.m_pPtr, stride, w, angle == eRotate90);
-        if (bpp == 24) RotateSquareInPlace<3>(m_BmpBits.m_pPtr, stride, w, angle == eRotate90);
-        if (bpp == 32) RotateSquareInPlace<4>(m_BmpBits.m_pPtr, stride, w, angle == eRotate90);
+        qm::dib::QuarterTurnInPlace(m_BmpBits.m_pPtr, stride, w, (size_t)bpp / 8, angle == eRotate90);
         if (stride > used)
             for (int y = 0; y < h; ++y) std::memset(m_BmpBits.m_pPtr + stride * y + used, 0, (size_t)(stride - used));
         return;
@@ -98,7 +69,7 @@ void CDIBitmap::Rotate(eRotate angle) {
     std::uint64_t size = qm::dib::BitsSize(rw, rh, bpp);
     DWORD infoLen = GetInfoLength();
     auto* info = static_cast<BITMAPINFOHEADER*>(std::malloc(infoLen));
-    BYTE* bits = size ? static_cast<BYTE*>(std::malloc((size_t)size)) : nullptr;
+    BYTE* bits = size ? static_cast<BYTE*>(qm::platform::AllocatePixelBlock((size_t)size)) : nullptr;
     bool bAllocOk = info && bits;
     if (!CVASSERT(bAllocOk)) {
         std::free(info);
@@ -164,29 +135,19 @@ void CDIBitmap::Mirror() {
     // Each row is read backwards from a copy of itself, so the block is rewritten in place:
     // the result is the same as writing into a new block, without a second picture in memory.
     std::uint64_t stride = DWAlignedBytesPerLine();
-    std::vector<BYTE> row((size_t)stride);
+    std::vector<BYTE> row((size_t)stride + 8);
     for (int y = 0; y < h; ++y) {
         BYTE* out = m_BmpBits.m_pPtr + stride * y;
-        std::memcpy(row.data(), out, (size_t)stride);
-        const BYTE* in = row.data();
         if (bpp < 8) {
+            std::memcpy(row.data(), out, (size_t)stride);
+            const BYTE* in = row.data();
             for (int x = 0; x < w; ++x) {
                 unsigned Bits = GetSub(in, (std::uint64_t)(w - 1 - x), bpp);
                 if (bpp == 4) CVASSERT(Bits <= 0x0F);
                 SetSub(out, (std::uint64_t)x, bpp, Bits);
             }
         } else {
-            size_t n = (size_t)bpp / 8;
-            const BYTE* p = in + n * (std::uint64_t)(w - 1);
-            if (n == 3) {
-                for (int x = 0; x < w; ++x, p -= 3, out += 3) {
-                    out[0] = p[0];
-                    out[1] = p[1];
-                    out[2] = p[2];
-                }
-            } else {
-                for (int x = 0; x < w; ++x, p -= n, out += n) std::memcpy(out, p, n);
-            }
+            qm::dib::MirrorRow(out, (size_t)w, (size_t)bpp / 8, row.data());
         }
     }
 }

@@ -31,6 +31,7 @@
 #include <vector>
 
 #include "utils/platform/posix/files_internal.h"
+#include "utils/platform/posix/name_cache.h"
 
 namespace qm::platform {
 
@@ -269,6 +270,7 @@ UINT TempFileCreateName(LPCSTR pathName, LPCSTR prefix, UINT unique, LPSTR tempF
         int fd = open(native.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
         if (fd >= 0) {
             close(fd);
+            names::Made(ParentOf(native), native.substr(native.rfind('/') + 1));
             std::memcpy(tempFileName, name.c_str(), name.size() + 1);
             return n;
         }

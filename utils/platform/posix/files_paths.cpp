@@ -15,6 +15,7 @@
 
 #include "utils/platform/files_text.h"
 #include "utils/platform/posix/files_internal.h"
+#include "utils/platform/posix/name_cache.h"
 
 namespace qm::platform {
 
@@ -80,14 +81,7 @@ std::string ResolveCase(const std::string& base, const std::vector<std::string>&
             continue;
         }
         std::string match;
-        if (DIR* dir = opendir(path.c_str())) {
-            while (dirent* e = readdir(dir))
-                if (SameNoCase(e->d_name, part.c_str())) {
-                    match = e->d_name;
-                    break;
-                }
-            closedir(dir);
-        }
+        names::FindNoCase(path, part, match);
         if (match.empty()) {
             found = false;
             path = exact;
@@ -260,7 +254,9 @@ FILE* OpenFileStream(const char* path, const char* mode) {
         errno = t_lastError == ERROR_INVALID_NAME ? EINVAL : ENOENT;
         return nullptr;
     }
-    return std::fopen(native.c_str(), mode);
+    FILE* f = std::fopen(native.c_str(), mode);
+    if (f && std::strpbrk(mode, "wa")) names::Made(ParentOf(native), native.substr(native.rfind('/') + 1));
+    return f;
 }
 
 DWORD GetLastError() { return t_lastError; }
