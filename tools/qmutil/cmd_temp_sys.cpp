@@ -44,12 +44,7 @@ int RunAdd(const std::vector<std::string>& args) {
     std::printf("%d entries in %s\n", (int)list.GetCount(), list.GetListFileName().GetString());
     // The files stay for a later "temp clean" (or the host): the entries are let go without
     // deleting anything, and the list file keeps them.
-    list.SuspendSaving(true);
-    while (!list.IsEmpty()) {
-        CTempFile* file = list.GetHead();
-        file->SetPath("");
-        delete file;
-    }
+    list.Detach(nullptr);
     return 0;
 }
 

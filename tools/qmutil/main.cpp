@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "command.h"
+#include "utils/common/TempList.h"
 
 namespace qmutil {
 
@@ -73,6 +74,9 @@ int RunTour() {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // qmutil is started from any folder: a "tempfiles.lst" there belongs to someone else and is
+    // neither acted on nor rewritten. "qmutil temp" works on the list file it is given.
+    DetachTempListInstance();
     std::setlocale(LC_ALL, "");
     if (argc < 2 || !std::strcmp(argv[1], "--help") || !std::strcmp(argv[1], "-h")) {
         PrintUsage(argc < 2 ? stderr : stdout);
