@@ -2,10 +2,14 @@
 // written out once, and the written file read again, which must give the same entries. The
 // entries are let go without deleting anything (whatever they name), and the list file lies in
 // the library's private temporary folder.
+#include <unistd.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <system_error>
 #include <string>
 
 #include "quiet_reports.h"
@@ -22,23 +26,38 @@ struct OneWriteList : CTempList {
     using CTempList::SaveTempFiles;
 };
 
-// The list file of this process in the private temporary folder; removed at exit.
-const std::string& ListFile() {
-    static const std::string name = [] {
-        char folder[MAX_PATH + 1] = {};
-        if (!qm::platform::GetTempPathA(MAX_PATH, folder)) return std::string();
-        std::string path = std::string(folder) + "qmfuzz-templist-" + std::to_string(std::rand()) + ".lst";
-        std::atexit([] { qm::platform::DeleteFileA(ListFile().c_str()); });
-        return path;
-    }();
-    return name;
-}
+// The list file of this process in a private folder of its own, in memory (/dev/shm) where
+// there is one: on a disk file system, replacing a file by a rename or truncating it makes the
+// kernel write the new data out at once, and each run would wait for the disk twice. The folder
+// is drive Q:, the only drive: entries naming other drives (or relative to the current folder)
+// fail at once, so the entries adopted by each run never make the path service search the
+// disk. Removed at exit.
+struct ListFile {
+    ListFile() {
+        std::string base = "/dev/shm/qmfuzz-XXXXXX";
+        if (!mkdtemp(base.data())) {
+            char folder[MAX_PATH + 1] = {};
+            if (!qm::platform::GetTempPathA(MAX_PATH, folder) || !qm::platform::ToNativePath(folder, base)) return;
+            base += "qmfuzz-XXXXXX";
+            if (!mkdtemp(base.data())) return;
+        }
+        dir = base;
+        for (char d = 'A'; d <= 'Z'; ++d) qm::platform::SetDriveMapping(d, nullptr);
+        if (qm::platform::SetDriveMapping('Q', dir.c_str())) name = "Q:\\templist.lst";
+    }
+    ~ListFile() {
+        std::error_code ec;
+        if (!dir.empty()) std::filesystem::remove_all(dir, ec);
+    }
+    std::string dir, name;
+};
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     qmfuzz::QuietReports();
-    const std::string& file = ListFile();
+    static const ListFile where;
+    const std::string& file = where.name;
     if (file.empty()) return 0;
     FILE* out = qm::platform::OpenFileStream(file.c_str(), "wb");
     if (!out) return 0;
