@@ -115,6 +115,7 @@ TEST(DibFile, HeadersAndLengthsThatLieAreRefused) {
     }
     qmtest::RecordingAssertSink sink;
     CDIBitmap m;
-    EXPECT_TRUE(m.IsValid() == false && m.IsReadyToJpegCompression() == false);
+    EXPECT_FALSE(m.IsValid());
+    EXPECT_FALSE(m.IsReadyToJpegCompression());
     EXPECT_TRUE(b.IsReadyToJpegCompression() == false);
 }

@@ -23,39 +23,53 @@ TEST(CMenu, InsertPositionsStatesAndSeparators) {
     ASSERT_TRUE(m.InsertMenu(777, MF_BYCOMMAND | MF_STRING | MF_GRAYED | MF_CHECKED, 5, "five"));  // unknown: appends
     ASSERT_EQ(m.GetMenuItemCount(), 5u);
     const char* texts[] = {"one", "two", "three", "four", "five"};
-    for (UINT i = 0; i < 5; ++i)
-        EXPECT_TRUE(m.GetMenuItemID((int)i) == i + 1 && Text(m, i, MF_BYPOSITION) == texts[i] && Text(m, i + 1, MF_BYCOMMAND) == texts[i]) << i;
-    EXPECT_TRUE(m.GetMenuItemID(5) == kNoItem && m.GetMenuState(8, MF_BYCOMMAND) == kNoItem);
+    for (UINT i = 0; i < 5; ++i) {
+        EXPECT_EQ(m.GetMenuItemID((int)i), i + 1);
+        EXPECT_EQ(Text(m, i, MF_BYPOSITION), texts[i]);
+        EXPECT_EQ(Text(m, i + 1, MF_BYCOMMAND), texts[i]);
+    }
+    EXPECT_EQ(m.GetMenuItemID(5), kNoItem);
+    EXPECT_EQ(m.GetMenuState(8, MF_BYCOMMAND), kNoItem);
     EXPECT_EQ(m.GetMenuState(5, MF_BYCOMMAND), (UINT)(MF_GRAYED | MF_CHECKED));
     char buf[8] = "keep";
-    EXPECT_TRUE(m.GetMenuString(8, buf, (int)sizeof buf, MF_BYCOMMAND) == 0 && m.GetMenuString(1, nullptr, 0, MF_BYCOMMAND) == 3);
+    EXPECT_EQ(m.GetMenuString(8, buf, (int)sizeof buf, MF_BYCOMMAND), 0);
+    EXPECT_EQ(m.GetMenuString(1, nullptr, 0, MF_BYCOMMAND), 3);
     EXPECT_FALSE(m.DeleteMenu(8, MF_BYCOMMAND));
     // A string item without text is a separator, with command 0.
-    ASSERT_TRUE(m.AppendMenu(MF_SEPARATOR) && m.AppendMenu(MF_STRING, 9, nullptr));
-    EXPECT_TRUE((m.GetMenuState(6, MF_BYPOSITION) & MF_SEPARATOR) && m.GetMenuItemID(5) == 0u);
-    EXPECT_TRUE(m.DeleteMenu(0, MF_BYCOMMAND) && m.GetMenuItemCount() == 6u);
+    ASSERT_TRUE(m.AppendMenu(MF_SEPARATOR));
+    ASSERT_TRUE(m.AppendMenu(MF_STRING, 9, nullptr));
+    EXPECT_NE(m.GetMenuState(6, MF_BYPOSITION) & MF_SEPARATOR, 0u);
+    EXPECT_EQ(m.GetMenuItemID(5), 0u);
+    EXPECT_TRUE(m.DeleteMenu(0, MF_BYCOMMAND));
+    EXPECT_EQ(m.GetMenuItemCount(), 6u);
 }
 
 TEST(CMenu, PopupsAreSearchedByCommandAndOwnedByTheirMenu) {
     CMenu m, sub;
-    ASSERT_TRUE(m.CreateMenu() && sub.CreatePopupMenu());
+    ASSERT_TRUE(m.CreateMenu());
+    ASSERT_TRUE(sub.CreatePopupMenu());
     sub.AppendMenu(MF_STRING, 500, "s1");
     sub.AppendMenu(MF_STRING, 501, "s2");
     HMENU hSub = sub.Detach();
     ASSERT_TRUE(m.AppendMenu(MF_POPUP, (UINT_PTR)hSub, "Sub"));
     const UINT state = m.GetMenuState(0, MF_BYPOSITION);
-    EXPECT_TRUE(m.GetMenuItemID(0) == kNoItem && (state & MF_POPUP));
+    EXPECT_EQ(m.GetMenuItemID(0), kNoItem);
+    EXPECT_NE(state & MF_POPUP, 0u);
     EXPECT_EQ(state >> 8, 2u) << "a popup reports its item count in the high byte";
     ASSERT_TRUE(m.InsertMenu(501, MF_BYCOMMAND | MF_STRING, 502, "s3"));
     CMenu* view = m.GetSubMenu(0);
     ASSERT_NE(view, nullptr);
-    EXPECT_TRUE(view->m_hMenu == hSub && view->GetMenuItemID(1) == 502u);
+    EXPECT_EQ(view->m_hMenu, hSub);
+    EXPECT_EQ(view->GetMenuItemID(1), 502u);
     EXPECT_EQ(Text(m, 500, MF_BYCOMMAND), "s1");
-    EXPECT_TRUE(m.DeleteMenu(500, MF_BYCOMMAND) && view->GetMenuItemCount() == 2u && m.GetSubMenu(5) == nullptr);
+    EXPECT_TRUE(m.DeleteMenu(500, MF_BYCOMMAND));
+    EXPECT_EQ(view->GetMenuItemCount(), 2u);
+    EXPECT_EQ(m.GetSubMenu(5), nullptr);
     CMenu::DeleteTempMap();
     // RemoveMenu leaves a popup alive, DeleteMenu and DestroyMenu destroy it.
     CMenu kept, gone;
-    ASSERT_TRUE(kept.CreatePopupMenu() && gone.CreatePopupMenu());
+    ASSERT_TRUE(kept.CreatePopupMenu());
+    ASSERT_TRUE(gone.CreatePopupMenu());
     kept.AppendMenu(MF_STRING, 1, "k");
     HMENU hGone = gone.Detach();
     ASSERT_TRUE(m.InsertMenu(0, MF_BYPOSITION | MF_POPUP, (UINT_PTR)kept.m_hMenu, "kept"));
@@ -75,7 +89,8 @@ TEST(CMenu, PopupsAreSearchedByCommandAndOwnedByTheirMenu) {
 #if !defined(_WIN32)
 TEST(CMenu, PosixBackendRefusesAMenuInsideItself) {
     CMenu m, sub;
-    ASSERT_TRUE(m.CreatePopupMenu() && sub.CreatePopupMenu());
+    ASSERT_TRUE(m.CreatePopupMenu());
+    ASSERT_TRUE(sub.CreatePopupMenu());
     sub.AppendMenu(MF_STRING, 9, "nine");
     EXPECT_FALSE(m.AppendMenu(MF_POPUP, (UINT_PTR)m.m_hMenu, "self"));
     ASSERT_TRUE(m.AppendMenu(MF_POPUP, (UINT_PTR)sub.m_hMenu, "sub"));

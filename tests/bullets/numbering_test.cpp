@@ -47,7 +47,8 @@ TEST(BuildNumber, LabelsByStyleMatchTheModels) {
         for (int type = 1; type <= 5; ++type) {
             Label l = Build(v, type, n % 3 ? '(' : 0, n % 2 ? ')' : 0);
             const std::string want = (n % 3 ? "(" : "") + expected[type - 1] + (n % 2 ? ")" : "");
-            ASSERT_TRUE(l.ok && l.text == want) << v << " style " << type << ": " << l.text;
+            ASSERT_TRUE(l.ok) << v << " style " << type << ": " << l.text;
+            ASSERT_EQ(l.text, want) << v << " style " << type;
             ASSERT_EQ(l.advance, (ptrdiff_t)l.text.size()) << "cursor must rest on the NUL";
             ASSERT_EQ(l.font, 0xDEADu) << "font is only set by bullet styles";
         }
@@ -57,7 +58,9 @@ TEST(BuildNumber, LabelsByStyleMatchTheModels) {
         ASSERT_EQ(BuildRomanNumber(p, v), inRange ? 1 : 0);
         ASSERT_EQ(std::string(buf), inRange ? Roman(v, false) : "");
         ASSERT_EQ(p, buf + std::strlen(buf));
-        ASSERT_TRUE(inRange || buf[1] == 'y');
+        if (!inRange) {
+            ASSERT_EQ(buf[1], 'y') << v;
+        }
     }
     EXPECT_TRUE(sink.Reports().empty()) << "numbers out of a style's range are not style errors";
 }
@@ -69,7 +72,10 @@ TEST(BuildNumber, BulletStylesSetFontAndSymbol) {
     };
     for (const auto& c : cases) {
         Label l = Build(12345, c.type, 0, ' ');
-        EXPECT_TRUE(l.ok && l.font == c.font && l.text == std::string(1, (char)c.symbol) + " ") << "style " << c.type;
+        SCOPED_TRACE(testing::Message() << "style " << c.type);
+        EXPECT_TRUE(l.ok);
+        EXPECT_EQ(l.font, c.font);
+        EXPECT_EQ(l.text, std::string(1, (char)c.symbol) + " ");
     }
 }
 
@@ -77,7 +83,11 @@ TEST(BuildNumber, InvalidStyleAssertsZeroAndKeepsOnlyThePrefix) {
     for (int type : {0, 6, 11, 16, 24, -1, 1000, INT_MIN}) {
         qmtest::RecordingAssertSink sink;
         Label l = Build(4, type, '(', ')');
-        EXPECT_TRUE(!l.ok && l.text == "(" && l.advance == 1 && l.font == 0xDEADu) << "style " << type;
+        SCOPED_TRACE(testing::Message() << "style " << type);
+        EXPECT_FALSE(l.ok);
+        EXPECT_EQ(l.text, "(");
+        EXPECT_EQ(l.advance, 1);
+        EXPECT_EQ(l.font, 0xDEADu);
         EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"0"});
         EXPECT_EQ(sink.Reports()[0].module, "Common\\BulletsAndNumbering");
     }
@@ -97,7 +107,8 @@ TEST(BuildNumber, NoLabelOutgrowsTheDocumentedMaximum) {
             ULONG font = 0;
             BuildNumber(p, n, (NumberType)type, '<', '>', font);
             size_t len = std::strlen(buf.get());
-            EXPECT_TRUE(len < (size_t)BULLET_LABEL_MAX && p == buf.get() + len);
+            EXPECT_LT(len, (size_t)BULLET_LABEL_MAX) << "style " << type << ", " << n;
+            EXPECT_EQ(p, buf.get() + len) << "style " << type << ", " << n;
             longest = std::max(longest, len);
         }
     EXPECT_EQ(longest, (size_t)BULLET_LABEL_MAX - 1) << "the bound is reached by 9888 in Roman";
@@ -109,7 +120,8 @@ TEST(RomanDigit, DigitsOutOfRangeWriteNothing) {
         char buf[4] = {};
         char* p = buf;
         roman_digit('I', 'V', 'X', d, p);
-        EXPECT_TRUE(p == buf && buf[0] == 0) << d;
+        EXPECT_EQ(p, buf) << d;
+        EXPECT_EQ(buf[0], 0) << d;
     }
 }
 

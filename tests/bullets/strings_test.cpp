@@ -28,14 +28,17 @@ TEST(DefaultStrings, HostStringThenDefaultThenNothing) {
     qm::SetStringResource(660, "Someday");
     qm::SetDefaultStringResource(661, "Medium");
     qm::EnsureDefaultStrings();
-    EXPECT_TRUE(Load(660) == "Someday" && Load(661) == "Medium");
+    EXPECT_EQ(Load(660), "Someday");
+    EXPECT_EQ(Load(661), "Medium");
     qm::ClearStringResource(660);
     qm::SetDefaultStringResource(661, "Normal");
     EXPECT_EQ(Load(660), "Low");
     CString s("kept");
-    EXPECT_TRUE(!s.LoadString(64999) && s == "kept");
+    EXPECT_FALSE(s.LoadString(64999));
+    EXPECT_EQ(s, "kept");
     qm::SetDefaultStringResource(64999, "fallback");
-    EXPECT_TRUE(s.LoadString(64999) && s == "fallback");
+    EXPECT_TRUE(s.LoadString(64999));
+    EXPECT_EQ(s, "fallback");
     qm::ClearDefaultStringResource(64999);
     EXPECT_FALSE(s.LoadString(64999));
 }

@@ -45,7 +45,8 @@ TEST(TodoLevels, SubMenuReplacesThePlaceholderOrIsAppended) {
     CreateTodoLevelSubMenu(menu, 200, 1000);
     EXPECT_EQ(Items(menu), (Strings{"100:Before", "1000:None", "1001:Low", "1002:Normal", "1003:High", "---"}));
     CreateTodoLevelSubMenu(menu, 999, 10);  // no placeholder: appended, nothing deleted
-    EXPECT_TRUE(Items(menu).size() == 11u && Items(menu)[6] == "10:None");
+    ASSERT_EQ(Items(menu).size(), 11u);
+    EXPECT_EQ(Items(menu)[6], "10:None");
 }
 
 }  // namespace

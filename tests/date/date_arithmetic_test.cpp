@@ -48,8 +48,10 @@ TEST(DateCalendar, LeapYearsAndMonthLengths) {
         {0, 2, 29}, {-4, 2, 29}, {-100, 2, 28}, {-400, 2, 29}, {2001, 0, 0}, {2001, 13, 0}, {2001, -128, 0},
     };
     for (const Case& c : cases) EXPECT_EQ(CDate::dpm(c.year, c.month), c.days) << c.year << "-" << c.month;
-    EXPECT_TRUE(CDate(2012, 7, 4).IsLeap() == 1 && CDate(1900, 7, 4).IsLeap() == 0);
-    EXPECT_TRUE(CDate::m2d(3) == 61 && CDate::y2d(4) == 1461);  // February counted as 30 days
+    EXPECT_EQ(CDate(2012, 7, 4).IsLeap(), 1);
+    EXPECT_EQ(CDate(1900, 7, 4).IsLeap(), 0);
+    EXPECT_EQ(CDate::m2d(3), 61);  // February counted as 30 days
+    EXPECT_EQ(CDate::y2d(4), 1461);
 }
 
 // Scalar, fields and weekday of every day of years 1-3000 against the proleptic calendar.
@@ -62,7 +64,9 @@ TEST(DateCalendar, ScalarAndWeekdayMatchTheGregorianOrdinalForEveryDayOfYears1To
                 ASSERT_EQ(CDate::ymd2scalar(y, m, d), expected) << y << "-" << m << "-" << d;
                 int yy, mm, dd;
                 CDate::scalar2ymd(expected, yy, mm, dd);
-                ASSERT_TRUE(yy == y && mm == m && dd == d) << expected;
+                ASSERT_EQ(yy, y) << expected;
+                ASSERT_EQ(mm, m) << expected;
+                ASSERT_EQ(dd, d) << expected;
                 unsigned wd = weekday{sys_days{std::chrono::days{expected - 719163}}}.c_encoding();  // 0 = Sunday
                 ASSERT_EQ(CDate(y, m, d).GetDayOfWeek(), (int)wd + 1) << expected;
             }
@@ -105,10 +109,19 @@ TEST(DateArithmetic, AdditionAgreesWithScalarArithmeticForValidDates) {
         const CDate expected((int)ymd.year(), (unsigned)ymd.month(), (unsigned)ymd.day());
         CDate inPlace = d;
         inPlace += n;
-        ASSERT_TRUE(d + n == expected && expected - n == d && expected - d == n && inPlace == expected) << s << " + " << n;
+        ASSERT_EQ(d + n, expected) << s << " + " << n;
+        ASSERT_EQ(expected - n, d) << s << " + " << n;
+        ASSERT_EQ(expected - d, n) << s << " + " << n;
+        ASSERT_EQ(inPlace, expected) << s << " + " << n;
         inPlace -= n;
         CDate a = d, b = expected;
-        ASSERT_TRUE(inPlace == d && (n != 1 || (a++ == d && a == expected && --b == d && ++CDate(d) == expected)));
+        ASSERT_EQ(inPlace, d) << s << " - " << n;
+        if (n == 1) {
+            ASSERT_EQ(a++, d) << s;
+            ASSERT_EQ(a, expected) << s;
+            ASSERT_EQ(--b, d) << s;
+            ASSERT_EQ(++CDate(d), expected) << s;
+        }
     }
 }
 
@@ -159,7 +172,8 @@ TEST(DateArithmetic, AddMonthShiftsWithoutClampingAndRefusesToGoBackAcrossAYear)
     EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"m >= 1 && m <= 12"});
     CDate distant(2001, 3, 15);
     distant.AddMonth(2147483647);  // no overflow: the year field simply wraps
-    EXPECT_TRUE(distant.GetMonth() >= 1 && distant.GetMonth() <= 12);
+    EXPECT_GE(distant.GetMonth(), 1);
+    EXPECT_LE(distant.GetMonth(), 12);
     distant.AddMonth(-2147483647 - 1);
     EXPECT_EQ(sink.Reports().size(), 2u);
 }
@@ -188,7 +202,9 @@ TEST(DateArithmetic, WeekNumbersWithSundayWeeksFollowEachRule) {
 
 TEST(DateArithmetic, SpanCountsDays) {
     CDaySpan s(5);
-    EXPECT_TRUE(s++.GetDays() == 5 && (long)s == 6 && (--s).GetDays() == 5);
+    EXPECT_EQ(s++.GetDays(), 5);
+    EXPECT_EQ((long)s, 6);
+    EXPECT_EQ((--s).GetDays(), 5);
     s += 10;
     s -= 3;
     EXPECT_EQ(s.GetDays(), 12);

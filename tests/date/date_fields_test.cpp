@@ -13,13 +13,19 @@ using Reports = std::vector<std::string>;
 TEST(DateFields, PackedWordIsSignedAndUnchecked) {
     CDate d(2012, 7, 4), raw;
     raw.FromDWORD(0x07DC0704);
-    EXPECT_TRUE(d.AsDWORD() == 0x07DC0704u && raw == d);
+    EXPECT_EQ(d.AsDWORD(), 0x07DC0704u);
+    EXPECT_EQ(raw, d);
     EXPECT_LT(CDate(2011, 12, 31), CDate(2012, 1, 1));
     EXPECT_GT(CDate(2012, 1, 1), CDate(-5, 1, 1));  // signed comparison of the words
-    EXPECT_TRUE(!CDate() && CDate().IsNull() && !!d);
+    EXPECT_TRUE(!CDate());
+    EXPECT_TRUE(CDate().IsNull());
+    EXPECT_TRUE(!!d);
     CDate minus(-1, -1, -1), big(70000, 300, 200);  // fields kept in their widths
-    EXPECT_TRUE(minus.AsDWORD() == 0xFFFFFFFFu && minus.GetYear() + minus.GetMonth() + minus.GetDay() == -3);
-    EXPECT_TRUE(big.GetYear() == (short)70000 && big.GetMonth() == (signed char)300 && big.GetDay() == (signed char)200);
+    EXPECT_EQ(minus.AsDWORD(), 0xFFFFFFFFu);
+    EXPECT_EQ(minus.GetYear() + minus.GetMonth() + minus.GetDay(), -3);
+    EXPECT_EQ(big.GetYear(), (short)70000);
+    EXPECT_EQ(big.GetMonth(), (signed char)300);
+    EXPECT_EQ(big.GetDay(), (signed char)200);
 }
 
 TEST(DateFields, SettersCheckMonthAndDay) {
@@ -48,9 +54,12 @@ TEST(DateFields, ValidityRangesAndScalar) {
     };
     for (const Case& c : cases) EXPECT_EQ(c.date.IsValid(), c.valid) << std::hex << c.date.AsDWORD();
     CDate from(2012, 1, 1), to(2012, 12, 31);
-    EXPECT_TRUE(from.InRange(from, to) && to.InRange(from, to));
-    EXPECT_FALSE(CDate(2013, 1, 1).InRange(from, to) || CDate().InRange(CDate(), to));  // a null date is in no range
-    EXPECT_TRUE(CDate(2012, 7, 4).IsHoliday() == 0 && CDate(2012, 7, 4).GetHolidayName().IsEmpty());
+    EXPECT_TRUE(from.InRange(from, to));
+    EXPECT_TRUE(to.InRange(from, to));
+    EXPECT_FALSE(CDate(2013, 1, 1).InRange(from, to));
+    EXPECT_FALSE(CDate().InRange(CDate(), to));  // a null date is in no range
+    EXPECT_EQ(CDate(2012, 7, 4).IsHoliday(), 0);
+    EXPECT_TRUE(CDate(2012, 7, 4).GetHolidayName().IsEmpty());
 }
 
 TEST(DateFields, TodayIsTheUtcDate) {
@@ -59,7 +68,9 @@ TEST(DateFields, TodayIsTheUtcDate) {
     std::time_t now = std::time(nullptr);
     const std::tm* utc = std::gmtime(&now);
     CDate expected(utc->tm_year + 1900, utc->tm_mon + 1, utc->tm_mday);
-    EXPECT_TRUE(today == expected || today == expected - 1);  // the clock may tick past midnight
+    // Either day is right: the clock may tick past midnight between the two reads.
+    EXPECT_TRUE(today == expected || today == expected - 1)
+        << std::hex << "today " << today.AsDWORD() << ", UTC date " << expected.AsDWORD();
 }
 
 TEST(DateConversions, CTimeBothWays) {
@@ -68,14 +79,16 @@ TEST(DateConversions, CTimeBothWays) {
     CDate assigned;
     assigned = t;
     EXPECT_EQ(assigned, CDate(2012, 7, 3));
-    EXPECT_TRUE(CDate(2012, 7, 3) == t && CDate(2012, 7, 4) != t);
+    EXPECT_EQ(CDate(2012, 7, 3), t);
+    EXPECT_NE(CDate(2012, 7, 4), t);
     EXPECT_TRUE(CDate(CTime(0)).IsNull());
     qmtest::RecordingAssertSink sink;
     assigned = CTime(-4000000000000000000LL);  // no calendar date for that
     EXPECT_TRUE(assigned.IsNull());
     EXPECT_EQ(sink.Expressions(), Reports{"ptm"});
     // Back to CTime: local midnight, in daylight and in standard time.
-    EXPECT_TRUE(((CTime)CDate(2012, 7, 4)).GetTime() == 1341374400 && ((CTime)CDate(2012, 1, 15)).GetTime() == 1326603600);
+    EXPECT_EQ(((CTime)CDate(2012, 7, 4)).GetTime(), 1341374400);
+    EXPECT_EQ(((CTime)CDate(2012, 1, 15)).GetTime(), 1326603600);
     EXPECT_EQ(((CTime)CDate()).GetTime(), 0);
     for (CDate bad : {CDate(1899, 12, 31), CDate(2012, 13, 1), CDate(2012, 1, 32)}) {
         bool general = false;
@@ -94,19 +107,25 @@ TEST(DateConversions, CTimeBothWays) {
 
 TEST(DateConversions, ToAndFromOleDateTime) {
     COleDateTime odt = CDate(2000, 1, 1), null = CDate(), early = CDate(1899, 12, 29);
-    EXPECT_TRUE(odt.GetStatus() == COleDateTime::valid && null.GetStatus() == COleDateTime::valid);
-    EXPECT_TRUE(odt.m_dt == 36526.0 && null.m_dt == 0.0 && early.m_dt == -1.0);
+    EXPECT_EQ(odt.GetStatus(), COleDateTime::valid);
+    EXPECT_EQ(null.GetStatus(), COleDateTime::valid);
+    EXPECT_EQ(odt.m_dt, 36526.0);
+    EXPECT_EQ(null.m_dt, 0.0);
+    EXPECT_EQ(early.m_dt, -1.0);
     for (CDate bad : {CDate(2001, 2, 29), CDate(50, 1, 1), CDate(2001, 13, 1), CDate(-5, 1, 1)})
         EXPECT_EQ(((COleDateTime)bad).GetStatus(), COleDateTime::invalid) << std::hex << bad.AsDWORD();
-    EXPECT_TRUE(CDate(COleDateTime(36526.75)) == CDate(2000, 1, 1) && CDate(COleDateTime(-1.25)) == CDate(1899, 12, 29));
+    EXPECT_EQ(CDate(COleDateTime(36526.75)), CDate(2000, 1, 1));
+    EXPECT_EQ(CDate(COleDateTime(-1.25)), CDate(1899, 12, 29));
     EXPECT_EQ(CDate(COleDateTime(-0.99999999)), CDate(1899, 12, 31));  // 23:59:59.999 on 30 December
     // Zero and values within half a second of it are the null date; invalid ones too.
-    EXPECT_TRUE(CDate(COleDateTime(0.0)).IsNull() && CDate(COleDateTime(-1.0 / 172800.0 * 0.99)).IsNull());
+    EXPECT_TRUE(CDate(COleDateTime(0.0)).IsNull());
+    EXPECT_TRUE(CDate(COleDateTime(-1.0 / 172800.0 * 0.99)).IsNull());
     EXPECT_FALSE(CDate(COleDateTime(1.0 / 172800.0 * 1.01)).IsNull());
     COleDateTime invalid;
     invalid.SetStatus(COleDateTime::invalid);
     EXPECT_TRUE(CDate(invalid).IsNull());
     CDate assigned(2012, 1, 1);
     assigned = invalid;  // the assignment marks the date all ones instead, as a value out of range does
-    EXPECT_TRUE(assigned.AsDWORD() == 0xFFFFFFFFu && CDate(COleDateTime(4000000.0)).AsDWORD() == 0xFFFFFFFFu);
+    EXPECT_EQ(assigned.AsDWORD(), 0xFFFFFFFFu);
+    EXPECT_EQ(CDate(COleDateTime(4000000.0)).AsDWORD(), 0xFFFFFFFFu);
 }

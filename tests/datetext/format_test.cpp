@@ -53,7 +53,8 @@ TEST(DateFormat, OutputStopsAtTheBufferSize) {
     EXPECT_EQ(out.substr(limit - 4), "berS");  // 3527 names and the first letter of one more
     std::string justFits(limit - 1, 'x');
     std::string fitted = CDate(2012, 9, 7).Format((justFits + "%d").c_str()).str();
-    EXPECT_TRUE(fitted.size() == limit && fitted.back() == '0');  // only the first digit of "07" fits
+    EXPECT_EQ(fitted.size(), limit);
+    EXPECT_EQ(fitted.back(), '0');  // only the first digit of "07" fits
     std::mt19937 rng(20120704);
     const char alphabet[] = "%%%AaBbdDmYywq \x80\xff";
     for (int round = 0; round < 2000; ++round) {

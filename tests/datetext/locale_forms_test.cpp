@@ -31,7 +31,8 @@ TEST_F(LocaleTest, ShortFormFollowsPictureAndOrder) {
     for (const ShortCase& c : cases) {
         UseLocale(c.pins);
         EXPECT_EQ(std::string(WinDateTime::sdateFormat), c.sdateFormat);
-        EXPECT_TRUE(WinDateTime::charMonth == c.charMonth && WinDateTime::sShortYear == c.sShortYear);
+        EXPECT_EQ(WinDateTime::charMonth, c.charMonth) << c.sdateFormat;
+        EXPECT_EQ(WinDateTime::sShortYear, c.sShortYear) << c.sdateFormat;
         EXPECT_EQ(std::string(WinDateTime::GetDate(CDate(2012, 7, 4))), c.july4th2012) << c.sdateFormat;
         CString out("old text");
         WinDateTime::GetDate(CDate(1999, 12, 31), out, 0);
@@ -46,7 +47,8 @@ TEST_F(LocaleTest, StringFormsTwoDigitYearsAndTheNullDate) {
     struct tm now {};
     ASSERT_TRUE(qm::crt::LocalTime64(qm::crt::Time64(), &now));
     CDate today(now.tm_year + 1900, now.tm_mon + 1, now.tm_mday);  // the null date stands for today
-    EXPECT_TRUE(WinDateTime::GetDate(CDate()) == WinDateTime::GetDate(today) && CDate().AsString(1) == today.AsString(1));
+    EXPECT_EQ(WinDateTime::GetDate(CDate()), WinDateTime::GetDate(today));
+    EXPECT_EQ(CDate().AsString(1), today.AsString(1));
     UseLocale({{LOCALE_SSHORTDATE, "M/d/yy"}});  // two-digit years keep their offsets outside the century
     EXPECT_EQ(CDate(1850, 1, 2).AsString() + " " + CDate(2150, 1, 2).AsString() + " " + CDate(2000, 1, 2).AsString(),
               "1/2/-50 1/2/150 1/2/00");
@@ -94,7 +96,8 @@ TEST_F(LocaleTest, LongFormRendersCommonPictures) {
 
 TEST_F(LocaleTest, LongFormOfAnInvalidDateIsEmpty) {
     qmtest::RecordingAssertSink sink;
-    EXPECT_TRUE(CDate(2011, 2, 29).AsString(1).IsEmpty() && sink.Expressions() == std::vector<std::string>{"bValid"});
+    EXPECT_TRUE(CDate(2011, 2, 29).AsString(1).IsEmpty());
+    EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"bValid"});
 }
 
 TEST_F(LocaleTest, PicturesLongerThanTheirBuffersReadAsEmpty) {

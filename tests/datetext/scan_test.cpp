@@ -55,10 +55,12 @@ TEST_F(LocaleTest, ScanDateReadsTheShortPicture) {
 
 TEST_F(LocaleTest, ScanDateEmptyInputAndUnreadablePictures) {
     const char* p = nullptr;
-    EXPECT_TRUE(WinDateTime::ScanDate(p).IsNull() && p == nullptr);
+    EXPECT_TRUE(WinDateTime::ScanDate(p).IsNull());
+    EXPECT_EQ(p, nullptr);
     const char* empty = "";
     p = empty;
-    EXPECT_TRUE(WinDateTime::ScanDate(p).IsNull() && p == empty);
+    EXPECT_TRUE(WinDateTime::ScanDate(p).IsNull());
+    EXPECT_EQ(p, empty);
     // A picture character other than a field letter where a field is due is reported.
     UseLocale({{LOCALE_SSHORTDATE, "d. M. yyyy"}});
     qmtest::RecordingAssertSink sink;

@@ -159,7 +159,8 @@ TEST(WordWrapString, LinesFitAndKeepEveryCharacter) {
                 long w = m.dc.GetTextExtent(line.c_str(), (int)line.size()).cx;
                 long cut = line.empty() ? 0 : m.dc.GetTextExtent(line.c_str(), (int)line.size() - 1).cx;
                 EXPECT_TRUE(w <= width || line.size() == 1 || (line.back() == ' ' && cut <= width))
-                    << choice.face << " '" << line << "' width " << width;
+                    << choice.face << " '" << line << "' width " << width << ": extent " << w
+                    << ", without its last character " << cut;
                 if (i < out.size()) ++count;
                 start = i + 1;
             }

@@ -13,8 +13,11 @@ TEST(Diagnostics, AssertionReportsTextModuleAndLineAndCarriesOn) {
     EXPECT_FALSE(held);
     ASSERT_EQ(sink.Reports().size(), 1u);
     const qmtest::AssertReport& r = sink.Reports()[0];
-    EXPECT_TRUE(r.expression == "value >= 1 && value <= 2" && r.module == "Common\\test" && r.line == line);
-    EXPECT_TRUE(CVASSERT(value == 3) && sink.Reports().size() == 1u);
+    EXPECT_EQ(r.expression, "value >= 1 && value <= 2");
+    EXPECT_EQ(r.module, "Common\\test");
+    EXPECT_EQ(r.line, line);
+    EXPECT_TRUE(CVASSERT(value == 3));
+    EXPECT_EQ(sink.Reports().size(), 1u);
 }
 
 TEST(Diagnostics, RaiseErrorThrowsThePointerWithItsDetails) {
@@ -22,7 +25,8 @@ TEST(Diagnostics, RaiseErrorThrowsThePointerWithItsDetails) {
         CQMWException::RaiseError(nullptr, "m_pBytes != NULL", "Common\\DIB", 77);
         FAIL() << "RaiseError returned";
     } catch (CQMWException* e) {
-        EXPECT_TRUE(e->GetLine() == 77 && e->GetMessage().IsEmpty());
+        EXPECT_EQ(e->GetLine(), 77);
+        EXPECT_TRUE(e->GetMessage().IsEmpty());
         char text[128];
         EXPECT_TRUE(e->GetErrorMessage(text, sizeof text));
         EXPECT_STREQ(text, "Common\\DIB(77): m_pBytes != NULL");
@@ -32,7 +36,9 @@ TEST(Diagnostics, RaiseErrorThrowsThePointerWithItsDetails) {
 
 TEST(ModuleFrame, VersionRecordFilledAtLoad) {
     const OSVERSIONINFOA& v = GetModuleOSVersion();
-    EXPECT_TRUE(sizeof(OSVERSIONINFOA) == 148u && v.dwOSVersionInfoSize == 148u);
-    EXPECT_TRUE(v.dwPlatformId == (DWORD)VER_PLATFORM_WIN32_NT && v.dwMajorVersion > 0u);
+    EXPECT_EQ(sizeof(OSVERSIONINFOA), 148u);
+    EXPECT_EQ(v.dwOSVersionInfoSize, 148u);
+    EXPECT_EQ(v.dwPlatformId, (DWORD)VER_PLATFORM_WIN32_NT);
+    EXPECT_GT(v.dwMajorVersion, 0u);
     EXPECT_EQ(AfxGetApp(), &GetMFCQMUtilsApp());
 }

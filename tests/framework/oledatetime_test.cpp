@@ -72,11 +72,13 @@ TEST(OleDateTime, OutOfRangeFieldsAndValues) {
     for (double v : {2958466.0, 2958465.99999999, -657435.0, -657435.5, std::nan(""),
                      std::numeric_limits<double>::infinity(), 1e300, -1e300}) {
         SYSTEMTIME st;
-        EXPECT_TRUE(COleDateTime(v).GetYear() == AFX_OLE_DATETIME_ERROR && !COleDateTime(v).GetAsSystemTime(st)) << v;
+        EXPECT_EQ(COleDateTime(v).GetYear(), AFX_OLE_DATETIME_ERROR) << v;
+        EXPECT_FALSE(COleDateTime(v).GetAsSystemTime(st)) << v;
     }
     COleDateTime invalid(2000.0);
     invalid.SetStatus(COleDateTime::invalid);
-    EXPECT_TRUE(invalid.GetDay() == AFX_OLE_DATETIME_ERROR && invalid.Format("%Y").IsEmpty());
+    EXPECT_EQ(invalid.GetDay(), AFX_OLE_DATETIME_ERROR);
+    EXPECT_TRUE(invalid.Format("%Y").IsEmpty());
 }
 
 TEST(OleDateTime, OrderingAndSpansTreatNegativeValuesAsTimeOfDay) {
@@ -85,5 +87,6 @@ TEST(OleDateTime, OrderingAndSpansTreatNegativeValuesAsTimeOfDay) {
     EXPECT_NEAR((evening - morning).GetTotalHours(), 12.0, 1e-9);
     EXPECT_EQ(Fields(morning + COleDateTimeSpan(1, 0, 0, 0)), "1899-12-30 6:0:0");
     COleDateTime t(2012, 7, 4, 10, 0, 0);
-    EXPECT_TRUE(t.Format("%Y-%m-%d %H:%M") == "2012-07-04 10:00" && t.GetDayOfYear() == 186);
+    EXPECT_EQ(t.Format("%Y-%m-%d %H:%M"), "2012-07-04 10:00");
+    EXPECT_EQ(t.GetDayOfYear(), 186);
 }

@@ -23,7 +23,9 @@ TEST(TimeTest, LocalFieldsFollowDaylightSaving) {
     EXPECT_EQ(summer.GetTime(), 1151769600);  // 16:00 UTC: four hours behind in daylight time
     // 2 April 2006: 01:59:59 EST is followed by 03:00:00 EDT.
     CTime before(1143961199), after(1143961200);
-    EXPECT_TRUE(before.GetHour() == 1 && after.GetHour() == 3 && after.GetDay() == 2);
+    EXPECT_EQ(before.GetHour(), 1);
+    EXPECT_EQ(after.GetHour(), 3);
+    EXPECT_EQ(after.GetDay(), 2);
     EXPECT_EQ(summer.Format("%Y-%m-%d %H:%M:%S") + summer.FormatGmt(" %H"), "2006-07-01 12:00:00 16");
     EXPECT_EQ(summer.GetDayOfWeek(), 7);  // Saturday
 }
@@ -38,5 +40,7 @@ TEST(TimeTest, ConstructorFailures) {
 TEST(TimeTest, UnconvertibleValuesGiveEmptyFields) {
     CTime bad(-4000000000000000000LL);
     struct tm t {};
-    EXPECT_TRUE(bad.GetLocalTm(&t) == nullptr && bad.GetYear() == 0 && bad.Format("%Y").IsEmpty());
+    EXPECT_EQ(bad.GetLocalTm(&t), nullptr);
+    EXPECT_EQ(bad.GetYear(), 0);
+    EXPECT_TRUE(bad.Format("%Y").IsEmpty());
 }

@@ -34,7 +34,9 @@ TEST(GetAddress, ItemShapesAndTheRestOfTheList) {
     }
     CString name = "stale";
     const char* next = "stale";
-    EXPECT_TRUE(GetAddress(nullptr, name, &next, true) == "" && name.IsEmpty() && next == nullptr);
+    EXPECT_EQ(GetAddress(nullptr, name, &next, true), "");
+    EXPECT_TRUE(name.IsEmpty());
+    EXPECT_EQ(next, nullptr);
     EXPECT_EQ(GetAddress("a@b, c@d", name, nullptr, false), "a@b");
 }
 
@@ -77,7 +79,8 @@ TEST(CreateEMailReference, QuotedNameAndAngleAddress) {
     };
     for (const auto& c : cases) {
         CString out = "stale";
-        EXPECT_TRUE(CreateEMailReference(c.address, c.name, out) == c.ok && out == c.out) << c.out;
+        EXPECT_EQ(CreateEMailReference(c.address, c.name, out), c.ok) << c.out;
+        EXPECT_EQ(out, c.out);
     }
 }
 
@@ -101,7 +104,8 @@ TEST(ExtractAddress, BlockShapes) {
     };
     for (const auto& c : cases) {
         CString text = c.text, out = "stale";
-        EXPECT_TRUE(ExtractAddress(text, out) == c.found && out == c.out) << c.text;
+        EXPECT_EQ(ExtractAddress(text, out), c.found) << c.text;
+        EXPECT_EQ(out, c.out) << c.text;
     }
 }
 
@@ -109,7 +113,8 @@ TEST(ExtractAddress, AClosingApostropheBecomesASpaceInTheCallersText) {
     CString text = "Jane Roe\rOld Road 4\rTown of Kent'";
     CString out;
     ASSERT_EQ(ExtractAddress(text, out), 1);
-    EXPECT_TRUE(text == "Jane Roe\rOld Road 4\rTown of Kent " && out == text + "\r");
+    EXPECT_EQ(text, "Jane Roe\rOld Road 4\rTown of Kent ");
+    EXPECT_EQ(out, text + "\r");
 }
 
 // (length - lines) / lines must lie in 7..255: three lines of 7 and of 257 bytes fail.

@@ -42,24 +42,32 @@ TEST(IsValidURL, RecognisesLinksAtTheStartOfText) {
         else EXPECT_EQ(len, -7) << "len must stay untouched on failure";
         bool other = false;  // -1: untouched, whatever the caller had
         IsValidURL(c.text, len, other);
-        if (c.isMail >= 0) EXPECT_EQ(isMail, c.isMail == 1);
-        else EXPECT_TRUE(isMail && !other);
+        if (c.isMail >= 0) {
+            EXPECT_EQ(isMail, c.isMail == 1);
+        } else {
+            EXPECT_TRUE(isMail);
+            EXPECT_FALSE(other);
+        }
     }
 }
 
 TEST(IsValidURL, LongAndControlFilledTextStaysInBounds) {
     int len = 3;
     bool isMail = true;
-    EXPECT_TRUE(!IsValidURL(nullptr, len, isMail) && len == 3 && isMail);
+    EXPECT_FALSE(IsValidURL(nullptr, len, isMail));
+    EXPECT_EQ(len, 3);
+    EXPECT_TRUE(isMail);
     std::string text = "http://a.b/";
     text.append(200000, 'x');
-    EXPECT_TRUE(IsValidURL(text.c_str(), len, isMail) && len == (int)text.size());
+    EXPECT_TRUE(IsValidURL(text.c_str(), len, isMail));
+    EXPECT_EQ(len, (int)text.size());
     std::string mail(100000, 'm');
     mail += "@";
     mail.append(100000, '.');
     EXPECT_FALSE(IsValidURL(mail.c_str(), len, isMail));
     // Which links leave the application is the host's decision.
-    EXPECT_FALSE(IsExternalLink("http://host.test/") || IsExternalLink(nullptr));
+    EXPECT_FALSE(IsExternalLink("http://host.test/"));
+    EXPECT_FALSE(IsExternalLink(nullptr));
 }
 
 TEST(IsLooksLikeEmailAddress, PlausibilityRules) {
@@ -70,7 +78,8 @@ TEST(IsLooksLikeEmailAddress, PlausibilityRules) {
     };
     for (const auto& c : cases) EXPECT_EQ(IsLooksLikeEmailAddress(c.text), c.expected) << c.text;
     qmtest::RecordingAssertSink sink;
-    EXPECT_TRUE(!IsLooksLikeEmailAddress(nullptr) && sink.Expressions() == std::vector<std::string>{"ptr_address"});
+    EXPECT_FALSE(IsLooksLikeEmailAddress(nullptr));
+    EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"ptr_address"});
 }
 
 std::set<std::string> Collect(const CString& text) {
@@ -85,7 +94,9 @@ TEST(CollectEMails, KeepsWhatTheSetHeld) {
     CStringSet found;  // what the set held is kept; an embedded NUL ends the text
     found.Add("old@entry.test");
     CollectEMails(CString("a@b.c\0x@y.z", 11), found);
-    EXPECT_TRUE(found.GetCount() == 2 && found.Contains("old@entry.test") && found.Contains("a@b.c"));
+    EXPECT_EQ(found.GetCount(), 2);
+    EXPECT_TRUE(found.Contains("old@entry.test"));
+    EXPECT_TRUE(found.Contains("a@b.c"));
 }
 
 // The address scan written plainly, without the shortcuts that keep CollectEMails linear.
@@ -199,7 +210,8 @@ TEST(FindLinks, AgreesWithIsValidUrlAtEveryWordStart) {
         ASSERT_EQ(Found(text), PlainLinks(text)) << "text: " << text;
     }
     std::vector<CLinkMatch> found{{1, 1, true}};
-    EXPECT_TRUE(FindLinks(nullptr, 5, found) == 0u && found.empty());
+    EXPECT_EQ(FindLinks(nullptr, 5, found), 0u);
+    EXPECT_TRUE(found.empty());
 }
 
 // Runs where every word restarts a long walk over the same bytes: the bytes walked stay linear.

@@ -95,8 +95,10 @@ TEST(EMailFieldNames, NamesAndDefaultVisibilityByField) {
         {EMF_Date, "Date", true},         {EMF_Subject, "Subject", true}, {EMF_Attachments, "Attachments", false},
         {EMF_Priority, "Priority", false},
     };
-    for (const auto& c : cases)
-        EXPECT_TRUE(GetEMailFieldName(c.type) == std::string(c.name) && IsEMailFieldNameVisibleByDefault(c.type) == c.visible) << c.name;
+    for (const auto& c : cases) {
+        EXPECT_STREQ(GetEMailFieldName(c.type), c.name);
+        EXPECT_EQ(IsEMailFieldNameVisibleByDefault(c.type), c.visible) << c.name;
+    }
     qm::SetStringResource(614, "Von");  // loaded once for the process
     EXPECT_STREQ(GetEMailFieldName(EMF_From), "From");
     qm::ClearStringResource(614);
@@ -106,11 +108,15 @@ TEST(EMailFieldNames, OutOfRangeIsReportedAndAnsweredSafely) {
     qmtest::RecordingAssertSink sink;
     // Cast at each call: an out-of-range value stored in an enum variable and read back is
     // itself undefined, which the sanitizers report.
-    for (int bad : {(int)EMF_Last, -1})
-        EXPECT_TRUE(*GetEMailFieldName((EMailFieldNameType)bad) == 0 &&
-                    !IsEMailFieldNameVisibleByDefault((EMailFieldNameType)bad));
+    for (int bad : {(int)EMF_Last, -1}) {
+        EXPECT_STREQ(GetEMailFieldName((EMailFieldNameType)bad), "") << bad;
+        EXPECT_FALSE(IsEMailFieldNameVisibleByDefault((EMailFieldNameType)bad)) << bad;
+    }
     ASSERT_EQ(sink.Reports().size(), 4u);
-    for (const auto& r : sink.Reports()) EXPECT_TRUE(r.expression == "idx >= 0 && idx < EMF_Last" && r.module == "Common\\mfcutils");
+    for (const auto& r : sink.Reports()) {
+        EXPECT_EQ(r.expression, "idx >= 0 && idx < EMF_Last");
+        EXPECT_EQ(r.module, "Common\\mfcutils");
+    }
 }
 
 }  // namespace

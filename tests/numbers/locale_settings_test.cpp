@@ -19,7 +19,9 @@ TEST(DecimalSeparator, LocaleAnswers) {
         settings.Pin(LOCALE_SDECIMAL, c.pinned);
         EXPECT_EQ(GetDecimalSeparator(), c.expected) << "'" << c.pinned << "'";
         // Setting returns the previous override; 0 removes it and the locale answers again.
-        EXPECT_TRUE(SetDecimalSeparator('#') == 0 && GetDecimalSeparator() == '#' && SetDecimalSeparator(0) == '#');
+        EXPECT_EQ(SetDecimalSeparator('#'), 0);
+        EXPECT_EQ(GetDecimalSeparator(), '#');
+        EXPECT_EQ(SetDecimalSeparator(0), '#');
         EXPECT_EQ(GetDecimalSeparator(), c.expected);
     }
 }
@@ -37,7 +39,8 @@ TEST(DigitsAfterDecimal, ReadOncePerGroupAndCached) {
     settings.Pin(LOCALE_ICURRDIGITS, "0");  // the other group has its own entry
     EXPECT_EQ(GetNumOfDigitAfterDec(roCURRENCY), 0);
     EXPECT_TRUE(sink.Reports().empty());
-    EXPECT_TRUE(GetNumOfDigitAfterDec((eREG_OPT_GROUP)2) == 2 && GetNumOfDigitAfterDec((eREG_OPT_GROUP)-1) == 2);
+    EXPECT_EQ(GetNumOfDigitAfterDec((eREG_OPT_GROUP)2), 2);
+    EXPECT_EQ(GetNumOfDigitAfterDec((eREG_OPT_GROUP)-1), 2);
     ASSERT_EQ(sink.Reports().size(), 2u);
     EXPECT_EQ(sink.Reports()[0].expression, "eRegOptGroup == roNUMBERS || eRegOptGroup == roCURRENCY");
     EXPECT_EQ(sink.Reports()[0].module, "Common\\utils");

@@ -68,7 +68,8 @@ TEST(Fltstr, RuntimeSignificantDigitForm) {
 
 TEST(Fltstr, FormatGcvtNeedsRoomForTheTerminator) {
     char small[7];
-    EXPECT_TRUE(qm::FormatGcvt(123.25, 5, small, 6) == 34 && !*small);
+    EXPECT_EQ(qm::FormatGcvt(123.25, 5, small, 6), 34);
+    EXPECT_EQ(small[0], '\0');
     EXPECT_EQ(qm::FormatGcvt(123.25, 5, small, 7), 0);  // "123.25" fits 7 with its NUL
     EXPECT_STREQ(small, "123.25");
 }
@@ -119,12 +120,16 @@ TEST(DecimalSeparator, WritersAndReadersFollowTheOverrideThenTheLocale) {
     int decimals = 0;
     settings.Pin(LOCALE_SDECIMAL, ",");
     EXPECT_EQ(Double2Str(1.5, out, 1), "1,5");
-    EXPECT_TRUE(StrToDouble("2,25", decimals) == 2.25 && decimals == 2 && StrToDouble("2.5", decimals) == 2.5);
+    EXPECT_EQ(StrToDouble("2,25", decimals), 2.25);
+    EXPECT_EQ(decimals, 2);
+    EXPECT_EQ(StrToDouble("2.5", decimals), 2.5);
     settings.Override(';');
     EXPECT_EQ(Double2Str(1.5, out, 1), "1;5");
     EXPECT_EQ(StrToDouble("3;5", decimals), 3.5);
     EXPECT_EQ(StrToDouble("3,5", decimals), kInvalid);  // the override wins over the locale
-    EXPECT_TRUE(IsValidDouble("1;5", 2, 1) && IsValidDouble("1.5", 2, 1) && !IsValidDouble("1;5.2", 5, 3));
+    EXPECT_TRUE(IsValidDouble("1;5", 2, 1));
+    EXPECT_TRUE(IsValidDouble("1.5", 2, 1));
+    EXPECT_FALSE(IsValidDouble("1;5.2", 5, 3));
     EXPECT_EQ(StrToDouble(CString("12\0003", 4), decimals), kInvalid);  // an embedded NUL
 }
 

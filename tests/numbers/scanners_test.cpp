@@ -26,7 +26,8 @@ TEST(ScanIntLong, ValuesAndCursor) {
         EXPECT_EQ(p - c.text, c.cursor) << c.text;
     }
     const char* none = nullptr;
-    EXPECT_TRUE(ScanIntLong(none) == kFail && none == nullptr);
+    EXPECT_EQ(ScanIntLong(none), kFail);
+    EXPECT_EQ(none, nullptr);
 }
 
 TEST(ScanInt, StartsAtADigitAndStaysBelow65535) {

@@ -49,8 +49,10 @@ TEST(KmgSize, SuffixesUpToTerabytes) {
 }
 
 TEST(CountDiskSizeEstimate, SixteenBitCountOrEscapePlusThirtyTwo) {
-    EXPECT_TRUE(GetCountDiskSizeEstimate(0) == 2 && GetCountDiskSizeEstimate(65534) == 2);
-    EXPECT_TRUE(GetCountDiskSizeEstimate(65535) == 6 && GetCountDiskSizeEstimate(0xFFFFFFFFu) == 6);
+    EXPECT_EQ(GetCountDiskSizeEstimate(0), 2);
+    EXPECT_EQ(GetCountDiskSizeEstimate(65534), 2);
+    EXPECT_EQ(GetCountDiskSizeEstimate(65535), 6);
+    EXPECT_EQ(GetCountDiskSizeEstimate(0xFFFFFFFFu), 6);
 }
 
 // The suffix of the magnitude: "th" for 11-13 in any hundred, else by the last digit.
@@ -61,7 +63,8 @@ TEST(NumSuffix, OrdinalOfTheMagnitude) {
         const char* expected = m % 100 / 10 == 1 || m % 10 > 3 ? "th" : byDigit[m % 10];
         ASSERT_EQ(NumSuffix((int)n), expected) << n;
     }
-    EXPECT_TRUE(NumSuffix(INT_MIN) == "th" && NumSuffix(INT_MAX) == "th");  // ...648, ...647
+    EXPECT_EQ(NumSuffix(INT_MIN), "th");  // ...648
+    EXPECT_EQ(NumSuffix(INT_MAX), "th");  // ...647
 }
 
 // One letter repeated once per round of 26; counts below one give the empty text.

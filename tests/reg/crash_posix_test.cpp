@@ -198,7 +198,8 @@ TEST(CrashPosix, SeveralProcessesWritingTheStoreLoseNothing) {
         int status = 0;
         waitpid(child.pid, &status, 0);
         Read(child.output, false);
-        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+        EXPECT_TRUE(WIFEXITED(status)) << "wait status " << status;
+        EXPECT_EQ(WEXITSTATUS(status), 0) << "wait status " << status;
     }
     for (int p = 0; p < 4; ++p)
         for (int i = 0; i < 100; ++i) {

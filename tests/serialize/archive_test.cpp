@@ -43,8 +43,19 @@ TEST(CArchive, BasicTypesAreLittleEndianWithFixedWidths) {
     BYTE b; WORD w; short s; int i; unsigned int u; LONG l; DWORD ul; bool f; char c;
     LONGLONG ll; ULONGLONG ull; float fl; double d;
     ar >> b >> w >> s >> i >> u >> l >> ul >> f >> c >> ll >> ull >> fl >> d;
-    EXPECT_TRUE(b == 0xAB && w == 0x0102 && s == -2 && i == 0x01020304 && u == 0xA0B0C0D0u && l == -1 && ul == 7u);
-    EXPECT_TRUE(f && c == 'z' && ll == 0x0102030405060708LL && ull == 1u && fl == 1.5f && d == -2.25);
+    EXPECT_EQ(b, 0xAB);
+    EXPECT_EQ(w, 0x0102);
+    EXPECT_EQ(s, -2);
+    EXPECT_EQ(i, 0x01020304);
+    EXPECT_EQ(u, 0xA0B0C0D0u);
+    EXPECT_EQ(l, -1);
+    EXPECT_EQ(ul, 7u);
+    EXPECT_TRUE(f);
+    EXPECT_EQ(c, 'z');
+    EXPECT_EQ(ll, 0x0102030405060708LL);
+    EXPECT_EQ(ull, 1u);
+    EXPECT_EQ(fl, 1.5f);
+    EXPECT_EQ(d, -2.25);
     EXPECT_TRUE(ar.IsBufferEmpty());
 }
 
@@ -57,7 +68,8 @@ TEST(CArchive, PlainLongKeepsItsFullValue) {
     long l = 0;
     unsigned long ul = 0;
     CArchive(&file, CArchive::load) >> l >> ul;
-    EXPECT_TRUE(l == LONG_MIN && ul == ULONG_MAX);
+    EXPECT_EQ(l, LONG_MIN);
+    EXPECT_EQ(ul, ULONG_MAX);
 }
 
 TEST(CArchive, ShortDataReadReturnsCountButOperatorThrows) {
@@ -68,7 +80,9 @@ TEST(CArchive, ShortDataReadReturnsCountButOperatorThrows) {
     EXPECT_EQ(ar.Read(out, 2), 2u);
     int value = 0;
     EXPECT_EQ(ThrownCause<CArchiveException>([&] { ar >> value; }), CArchiveException::endOfFile);
-    EXPECT_TRUE(ar.Read(out, 8) == 1u && out[0] == 3 && ar.Read(out, 8) == 0u);
+    EXPECT_EQ(ar.Read(out, 8), 1u);
+    EXPECT_EQ(out[0], 3);
+    EXPECT_EQ(ar.Read(out, 8), 0u);
 }
 
 TEST(CArchive, SmallBufferAndLargeBlocksKeepOrder) {
@@ -89,7 +103,8 @@ TEST(CArchive, SmallBufferAndLargeBlocksKeepOrder) {
     WORD w = 0;
     EXPECT_EQ(ar.Read(&back[0], 1000), 1000u);
     ar >> w;
-    EXPECT_TRUE(back == big && w == 0xBEEF);
+    EXPECT_EQ(back, big);
+    EXPECT_EQ(w, 0xBEEF);
 }
 
 TEST(CArchive, ClosedArchiveRefusesWorkAndAbortDropsUnwrittenData) {
@@ -97,7 +112,8 @@ TEST(CArchive, ClosedArchiveRefusesWorkAndAbortDropsUnwrittenData) {
     CArchive ar(&file, CArchive::store);
     ar << 1;
     ar.Close();
-    EXPECT_TRUE(ar.GetFile() == nullptr && file.GetLength() == 4u);
+    EXPECT_EQ(ar.GetFile(), nullptr);
+    EXPECT_EQ(file.GetLength(), 4u);
     EXPECT_EQ(ThrownCause<CArchiveException>([&] { ar << 2; }), CArchiveException::genericException);
     CMemFile other;
     {
@@ -114,7 +130,9 @@ TEST(CMemFile, FixedBlockReadsItsBytesAndCannotGrow) {
     BYTE block[4] = {9, 8, 7, 6};
     CMemFile f(block, 4);
     BYTE out[8];
-    EXPECT_TRUE(f.GetLength() == 4u && f.Read(out, 8) == 4u && out[3] == 6);
+    EXPECT_EQ(f.GetLength(), 4u);
+    EXPECT_EQ(f.Read(out, 8), 4u);
+    EXPECT_EQ(out[3], 6);
     f.SeekToBegin();
     f.Write("ab", 2);
     EXPECT_EQ(block[0], 'a');
@@ -122,7 +140,8 @@ TEST(CMemFile, FixedBlockReadsItsBytesAndCannotGrow) {
     f.Seek(1000, CFile::begin);  // far past the end: reading gives nothing, writing fails cleanly
     EXPECT_EQ(f.Read(out, 1), 0u);
     EXPECT_THROW(try { f.Write("q", 1); } catch (CMemoryException* e) { e->Delete(); throw 1; }, int);
-    EXPECT_TRUE(f.Detach() == block && f.GetLength() == 0u);
+    EXPECT_EQ(f.Detach(), block);
+    EXPECT_EQ(f.GetLength(), 0u);
 }
 
 TEST(CMemFile, GrowsSeeksAndZeroFillsGaps) {
@@ -130,7 +149,9 @@ TEST(CMemFile, GrowsSeeksAndZeroFillsGaps) {
     f.Write("abc", 3);
     EXPECT_EQ(f.Seek(5, CFile::current), 8u);
     f.Write("z", 1);
-    EXPECT_TRUE(f.GetLength() == 9u && f.Seek(-1, CFile::end) == 8u && f.Seek(0, CFile::begin) == 0u);
+    EXPECT_EQ(f.GetLength(), 9u);
+    EXPECT_EQ(f.Seek(-1, CFile::end), 8u);
+    EXPECT_EQ(f.Seek(0, CFile::begin), 0u);
     EXPECT_EQ(ThrownCause<CFileException>([&] { f.Seek(-1, CFile::begin); }), CFileException::badSeek);
     EXPECT_EQ(f.GetPosition(), 0u);
     f.SetLength(2);
@@ -164,7 +185,8 @@ TEST(CFile, ArchiveThroughAFileOnDisk) {
         int i = 0;
         WORD w = 0;
         ar >> i >> w;
-        EXPECT_TRUE(i == 12345 && w == 7);
+        EXPECT_EQ(i, 12345);
+        EXPECT_EQ(w, 7);
     }
     std::remove(name.c_str());
 }

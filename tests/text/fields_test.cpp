@@ -46,7 +46,8 @@ TEST(MergeFieldIntoText, BlankValueRemovesTheFieldWithBracesAndPadding) {
     qmtest::RecordingAssertSink sink;  // an empty marker is refused
     CString text("abc");
     MergeFieldIntoText(text, "", "x");
-    EXPECT_TRUE(text == "abc" && sink.Expressions() == std::vector<std::string>{"!marker.IsEmpty()"});
+    EXPECT_EQ(text, "abc");
+    EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"!marker.IsEmpty()"});
 }
 
 TEST(ReplaceFields, FillsNumberedMarkersFromTheLinesAfterTheName) {

@@ -31,7 +31,8 @@ TEST(ReplaceString, LengthGuard) {
     }
     // The in-place path never grows the text, so no limit applies to it.
     CString s("abab");
-    EXPECT_TRUE(qm::text::ReplaceStringLimited(s, "ab", "c", 0, 1, 1) == 2 && s == "cc");
+    EXPECT_EQ(qm::text::ReplaceStringLimited(s, "ab", "c", 0, 1, 1), 2);
+    EXPECT_EQ(s, "cc");
 }
 
 // A left-to-right model of both paths.
@@ -81,7 +82,9 @@ TEST(ReplaceString, AgreesWithModel) {
             repl = fixed[round / 2][2];
         }
         Outcome got = Replace(s, find, repl, 0, cs), want = Model(s, find, repl, cs);
-        EXPECT_TRUE(got.text == want.text && got.result == want.result) << s << " " << find << "->" << repl << " cs=" << cs;
+        SCOPED_TRACE(testing::Message() << s << " " << find << "->" << repl << " cs=" << cs);
+        EXPECT_EQ(got.text, want.text);
+        EXPECT_EQ(got.result, want.result);
     }
 }
 

@@ -40,7 +40,8 @@ TEST(InString, AgreesWithPlainSearch) {
         EXPECT_EQ(Off(InString(pattern.c_str(), text.c_str()), text.c_str()), ModelInString(pattern, text))
             << "[" << pattern << "] in [" << text << "]";
     }
-    EXPECT_TRUE(InString(nullptr, "abc") == nullptr && InString("a", nullptr) == nullptr);
+    EXPECT_EQ(InString(nullptr, "abc"), nullptr);
+    EXPECT_EQ(InString("a", nullptr), nullptr);
 }
 
 TEST(InString, AgreesWithPlainSearchAcrossChunkBoundaries) {
@@ -64,7 +65,8 @@ TEST(InStringSkipCommands, SkipsRunsBeforeAndInsideMatches) {
     };
     for (const Case& c : cases)
         EXPECT_EQ(Off(InStringSkipCommands(c.pattern, c.text), c.text), c.expected) << c.text;
-    EXPECT_TRUE(InStringSkipCommands("a", "") == nullptr && InStringSkipCommands(nullptr, "a") == nullptr);
+    EXPECT_EQ(InStringSkipCommands("a", ""), nullptr);
+    EXPECT_EQ(InStringSkipCommands(nullptr, "a"), nullptr);
     qmtest::RecordingAssertSink sink;  // an unclosed run is reported and ends the search
     EXPECT_EQ(InStringSkipCommands("b", "xy\x01" "b"), nullptr);
     EXPECT_EQ(InStringSkipCommands("ab", "xxa\x01" "b"), nullptr);
@@ -84,14 +86,21 @@ TEST(RemoveComments, DropsCommentsOutsideQuotes) {
 TEST(Tokens, GetTokenGetStrUpToAndNthToken) {
     const char* p = "  one\t\r\n a\x17" "b";  // 0x17 is not token white space
     CString token;
-    EXPECT_TRUE(GetToken(&p, token) && token == "one" && *p == '\t');
-    EXPECT_TRUE(GetToken(&p, token) && token == "a\x17" "b");
-    EXPECT_TRUE(!GetToken(&p, token) && token.IsEmpty() && *p == '\0');
+    EXPECT_TRUE(GetToken(&p, token));
+    EXPECT_EQ(token, "one");
+    EXPECT_EQ(*p, '\t');
+    EXPECT_TRUE(GetToken(&p, token));
+    EXPECT_EQ(token, "a\x17" "b");
+    EXPECT_FALSE(GetToken(&p, token));
+    EXPECT_TRUE(token.IsEmpty());
+    EXPECT_EQ(*p, '\0');
     const char* none = nullptr;
-    EXPECT_FALSE(GetToken(&none, token) || GetToken(nullptr, token));
+    EXPECT_FALSE(GetToken(&none, token));
+    EXPECT_FALSE(GetToken(nullptr, token));
     p = "key=value";
     EXPECT_EQ(GetStrUpTo(p, '=', token), "key");
-    EXPECT_TRUE(GetStrUpTo(p, '=', token) == "" && *p++ == '=');  // already on it: nothing taken, no move
+    EXPECT_EQ(GetStrUpTo(p, '=', token), "");  // already on it: nothing taken, no move
+    EXPECT_EQ(*p++, '=');
     EXPECT_EQ(GetStrUpTo(p, ';', token), "value");
     // nth_token_cpy counts from one and leaves the token alone for n < 1.
     CString src = " a  b\tc ";
@@ -99,7 +108,8 @@ TEST(Tokens, GetTokenGetStrUpToAndNthToken) {
     const Case cases[] = {{1, "a", 1}, {3, "c", 1}, {4, "", 0}, {0, "keep", 1}, {-1, "keep", 1}};
     for (const Case& c : cases) {
         CString t = "keep";
-        EXPECT_TRUE(nth_token_cpy(t, src, c.n) == c.result && t == c.expected) << c.n;
+        EXPECT_EQ(nth_token_cpy(t, src, c.n), c.result) << c.n;
+        EXPECT_EQ(t, c.expected) << c.n;
     }
 }
 
@@ -121,7 +131,8 @@ TEST(TrimEdges, OnlySpacesAndAnEmbeddedNulIsReportedAndKept) {
     qmtest::RecordingAssertSink sink;
     CString s(" a\0b ", 5);
     TrimEdges(s);
-    EXPECT_TRUE(s.str() == std::string("a\0b", 3) && sink.Expressions() == std::vector<std::string>{"*ptr == 0"});
+    EXPECT_EQ(s.str(), std::string("a\0b", 3));
+    EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"*ptr == 0"});
 }
 
 TEST(LineEnds, RemoveEmptyLinesReplaceEolInsureEol) {

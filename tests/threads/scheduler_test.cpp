@@ -102,7 +102,8 @@ TEST_F(Scheduler, LoopValuesDecideRelaunching) {
     EXPECT_FALSE(never->WaitForThreadFinish());  // never launched
     EXPECT_EQ(never->Uptime(), -1);
     DWORD start = GetTickCount();
-    ASSERT_TRUE(PumpUntil([&] { return TheJournal().Get(2).finished >= 5 && TheJournal().Get(3).finished >= 1; }));
+    ASSERT_TRUE(PumpUntil([&] { return TheJournal().Get(2).finished >= 5 && TheJournal().Get(3).finished >= 1; }))
+        << "OnFinish calls: loop-0 object " << TheJournal().Get(2).finished << ", 250 ms object " << TheJournal().Get(3).finished;
     DWORD elapsed = GetTickCount() - start;
     EXPECT_EQ(TheJournal().Get(1).executed, 0);
     // One run per 250 ms at most (bounded by the time the pump really took, so that a loaded

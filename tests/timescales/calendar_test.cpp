@@ -19,7 +19,8 @@ TEST(DayOfNthDow, MatchesAWalkOfTheMonth) {
                     if (tsoracle::Weekday(year, month, d) == weekday) days.push_back(d);
                 SCOPED_TRACE(testing::Message() << year << "-" << month << " weekday " << weekday);
                 for (int n = 1; n <= 4; ++n) EXPECT_EQ(DayOfNthDOW(year, month, n, weekday), days[n - 1]) << n;
-                EXPECT_TRUE(DayOfNthDOW(year, month, 5, weekday) == days.back() && DayOfNthDOW(year, month, 9, weekday) == days.back());
+                EXPECT_EQ(DayOfNthDOW(year, month, 5, weekday), days.back());
+                EXPECT_EQ(DayOfNthDOW(year, month, 9, weekday), days.back());
                 size_t k = days.size() - 1;
                 while (k > 0 && days[k] - weekday + 7 > tsoracle::MonthDays(year, month)) --k;
                 EXPECT_EQ(DayOfNthDOW(year, month, 10, weekday), days[k]);
@@ -34,7 +35,10 @@ TEST(DayOfNthDow, YearBefore1900OrBadMonthIsTheGeneralFailure) {
             ADD_FAILURE() << b[0] << "-" << b[1] << " returned";
         } catch (CException* e) {
             auto* ole = dynamic_cast<COleException*>(e);
-            EXPECT_TRUE(ole && ole->m_sc == E_FAIL);
+            EXPECT_NE(ole, nullptr) << b[0] << "-" << b[1];
+            if (ole) {
+                EXPECT_EQ(ole->m_sc, E_FAIL) << b[0] << "-" << b[1];
+            }
             e->Delete();
         }
     }

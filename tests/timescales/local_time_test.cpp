@@ -51,8 +51,10 @@ TEST(TimeUtcOdt, WhatHasNoPlaceOnTheOtherScaleIsZero) {
     const long long offset = tsoracle::CurrentOffsetSeconds();
     const TimeUTC year10000 = Ticks(10000, 1, 1, 12, 0, 0) - (std::uint64_t)(offset * 10000000LL);
     const TimeUTC outside[] = {year10000, 1ULL << 63, std::numeric_limits<std::uint64_t>::max()};
-    for (TimeUTC t : outside)
-        EXPECT_TRUE(TimeUTC2ODT(t).GetStatus() == COleDateTime::invalid && (double)TimeUTC2ODT(t) == 0.0) << t;
+    for (TimeUTC t : outside) {
+        EXPECT_EQ(TimeUTC2ODT(t).GetStatus(), COleDateTime::invalid) << t;
+        EXPECT_EQ((double)TimeUTC2ODT(t), 0.0) << t;
+    }
     const COleDateTime cases[] = {
         WithStatus(36526.5, COleDateTime::invalid), WithStatus(36526.5, COleDateTime::null),
         COleDateTime(kNaN), COleDateTime(-kInf), COleDateTime(1e300),
@@ -76,7 +78,8 @@ TEST(FileTimeService, FieldsMatchTheIndependentCalendar) {
         for (int k = 0; k < 8; ++k) EXPECT_EQ(got[k], want[k]) << "field " << k;
         std::uint64_t back = 0;
         st.wDayOfWeek = 6;  // ignored on the way back
-        EXPECT_TRUE(qm::platform::FieldsToFileTime(st, back) && back == ticks) << back;
+        EXPECT_TRUE(qm::platform::FieldsToFileTime(st, back));
+        EXPECT_EQ(back, ticks);
     }
 }
 
@@ -92,7 +95,8 @@ TEST(FileTimeService, RejectsFieldsOutOfRange) {
     for (const SYSTEMTIME& st : bad)
         EXPECT_FALSE(qm::platform::FieldsToFileTime(st, ft)) << st.wYear << "-" << st.wMonth << "-" << st.wDay;
     SYSTEMTIME st{};
-    EXPECT_FALSE(qm::platform::FileTimeToFields(1ULL << 63, st) || qm::platform::FileTimeToFields(~0ULL, st));
+    EXPECT_FALSE(qm::platform::FileTimeToFields(1ULL << 63, st));
+    EXPECT_FALSE(qm::platform::FileTimeToFields(~0ULL, st));
 }
 
 #if !defined(_WIN32)
@@ -127,7 +131,8 @@ TEST(TimeAndOleDate, FollowTheRuntimesDaylightRulesPerInstant) {
         EXPECT_DOUBLE_EQ((double)Time2OleDateTime(CTime(c.unixSeconds)), ole);
         EXPECT_DOUBLE_EQ((double)TimeToOle(CTime(c.unixSeconds)), ole);
         if (f.mo == 10 && f.d == 29 && f.h == 1) continue;
-        EXPECT_TRUE(OleDateTime2Time(COleDateTime(ole)).GetTime() == c.unixSeconds && OleToTime(COleDateTime(ole)).GetTime() == c.unixSeconds);
+        EXPECT_EQ(OleDateTime2Time(COleDateTime(ole)).GetTime(), c.unixSeconds);
+        EXPECT_EQ(OleToTime(COleDateTime(ole)).GetTime(), c.unixSeconds);
     }
     EXPECT_TRUE(sink.Reports().empty());
 }
@@ -135,15 +140,18 @@ TEST(TimeAndOleDate, FollowTheRuntimesDaylightRulesPerInstant) {
 TEST(TimeAndOleDate, UnbreakableValuesAreInvalidAndOnlyTheCheckedFormsReportThem) {
     qmtest::RecordingAssertSink sink;
     for (__int64 t : {kTimeMax, std::numeric_limits<__int64>::min()}) {
-        EXPECT_TRUE(!IsTimeValid(CTime(t)) && Time2OleDateTime(CTime(t)).GetStatus() == COleDateTime::invalid);
+        EXPECT_FALSE(IsTimeValid(CTime(t))) << t;
+        EXPECT_EQ(Time2OleDateTime(CTime(t)).GetStatus(), COleDateTime::invalid) << t;
         EXPECT_TRUE(sink.Reports().empty());
         EXPECT_EQ(TimeToOle(CTime(t)).GetStatus(), COleDateTime::invalid);
-        EXPECT_TRUE(sink.Expressions() == kTimeNotOk && sink.Reports()[0].module == "Common\\utils");
+        ASSERT_EQ(sink.Expressions(), kTimeNotOk) << t;
+        EXPECT_EQ(sink.Reports()[0].module, "Common\\utils");
         sink.Clear();
     }
     EXPECT_TRUE(IsTimeValid(CTime(0)));
     for (const COleDateTime& odt : {WithStatus(38899, COleDateTime::invalid), COleDateTime(kNaN), COleDateTime(1e300)}) {
-        EXPECT_TRUE(OleToTime(odt).GetTime() == 0 && sink.Expressions() == kTimeNotOk);
+        EXPECT_EQ(OleToTime(odt).GetTime(), 0) << (double)odt;
+        EXPECT_EQ(sink.Expressions(), kTimeNotOk) << (double)odt;
         sink.Clear();
     }
     // Outside CTime's years (1971-2999 one way, from 1900 the other) or invalid: 0, silently.
@@ -166,7 +174,8 @@ TEST(TimeAndOleDate, SkippedAndRepeatedHoursGiveOneOfTheirTwoReadings) {
     EXPECT_TRUE(repeated == UnixSeconds(2006, 10, 29, 5, 30, 0) || repeated == UnixSeconds(2006, 10, 29, 6, 30, 0)) << repeated;
 #if defined(_WIN32)
     // The Windows runtime takes the skipped time as daylight time and the repeated one as standard.
-    EXPECT_TRUE(skipped == UnixSeconds(2006, 4, 2, 6, 30, 0) && repeated == UnixSeconds(2006, 10, 29, 6, 30, 0));
+    EXPECT_EQ(skipped, UnixSeconds(2006, 4, 2, 6, 30, 0));
+    EXPECT_EQ(repeated, UnixSeconds(2006, 10, 29, 6, 30, 0));
 #endif
 }
 
@@ -206,7 +215,10 @@ TEST(ExtractParts, TimeOfDayLandsOnTheAnchorDate) {
         FAIL() << "no exception";
     } catch (CException* e) {
         auto* ole = dynamic_cast<COleException*>(e);
-        EXPECT_TRUE(ole && ole->m_sc == E_FAIL);
+        EXPECT_NE(ole, nullptr);
+        if (ole) {
+            EXPECT_EQ(ole->m_sc, E_FAIL);
+        }
         e->Delete();
     }
 }

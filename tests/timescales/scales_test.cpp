@@ -21,8 +21,10 @@ TEST(TimeScales, UtcUnixAndMillisecondsAgreeWithEpochArithmetic) {
         const std::uint64_t ticks = tsoracle::Ticks(i.y, i.mo, i.d, i.h, i.mi, i.s);
         const std::uint64_t micros = (std::uint64_t)tsoracle::UnixSeconds(i.y, i.mo, i.d, i.h, i.mi, i.s) * 1000000ULL;
         // Sub-second parts: 7 digits of ticks, 6 of microseconds; the 100-ns digit is cut.
-        EXPECT_TRUE(TimeUTC2TimeUnix(ticks) == micros && TimeUnix2TimeUTC(micros) == ticks);
-        EXPECT_TRUE(TimeUTC2TimeUnix(ticks + 1234567) == micros + 123456 && TimeUnix2TimeUTC(micros + 123456) == ticks + 1234560);
+        EXPECT_EQ(TimeUTC2TimeUnix(ticks), micros);
+        EXPECT_EQ(TimeUnix2TimeUTC(micros), ticks);
+        EXPECT_EQ(TimeUTC2TimeUnix(ticks + 1234567), micros + 123456);
+        EXPECT_EQ(TimeUnix2TimeUTC(micros + 123456), ticks + 1234560);
         EXPECT_EQ(TimeUTC2MilliSeconds(ticks + 19999), (__int64)(ticks / 10000000ULL) * 1000 + 1);
         EXPECT_EQ(MilliSeconds2TimeUTC(TimeUTC2MilliSeconds(ticks)), ticks);
         EXPECT_DOUBLE_EQ(TimeUTC2Seconds(ticks), (double)tsoracle::SecondsSince1601(i.y, i.mo, i.d, i.h, i.mi, i.s));
@@ -47,25 +49,33 @@ TEST(TimeScales, ClockReadsTheSameInstantOnEveryScale) {
     const TimeUnix unix = GetCurrentTimeUnix();
     const __int64 after = qm::crt::Time64();
     const long long utcSeconds = (long long)(utc / 10000000ULL) - tsoracle::kSeconds1601To1970;
-    EXPECT_TRUE(utcSeconds >= before - 1 && utcSeconds <= after + 1) << utcSeconds;
-    EXPECT_TRUE(unix >= TimeUTC2TimeUnix(utc) && unix - TimeUTC2TimeUnix(utc) < 2000000u);
+    EXPECT_GE(utcSeconds, before - 1);
+    EXPECT_LE(utcSeconds, after + 1);
+    EXPECT_GE(unix, TimeUTC2TimeUnix(utc));
+    EXPECT_LT(unix - TimeUTC2TimeUnix(utc), 2000000u);
     // The automation-date clock reads whole seconds.
     const double now = (double)NowTimeODT(), seconds = (now - std::floor(now)) * 86400;
-    EXPECT_TRUE(std::fabs(now - (double)Time2OleDateTime(NowTime())) <= 2.0 / 86400 && std::fabs(seconds - std::round(seconds)) < 1e-3);
-    EXPECT_TRUE(unix >= TimeUTC2TimeUnix(utc) && unix - TimeUTC2TimeUnix(utc) < 2000000u);
+    EXPECT_NEAR(now, (double)Time2OleDateTime(NowTime()), 2.0 / 86400);
+    EXPECT_LT(std::fabs(seconds - std::round(seconds)), 1e-3) << seconds;
+    EXPECT_GE(unix, TimeUTC2TimeUnix(utc));
+    EXPECT_LT(unix - TimeUTC2TimeUnix(utc), 2000000u);
 }
 
 TEST(Stopwatch, SpanMeasuresSinceThePreviousCall) {
     const double a = GetTimePrecision();
-    EXPECT_TRUE(a > 0.0 && GetTimePrecision() >= a && GetSpan(true) == 0);
+    EXPECT_GT(a, 0.0);
+    EXPECT_GE(GetTimePrecision(), a);
+    EXPECT_EQ(GetSpan(true), 0);
     const int immediate = GetSpan(false);
-    EXPECT_TRUE(immediate >= 0 && immediate < 1000000) << immediate;
+    EXPECT_GE(immediate, 0);
+    EXPECT_LT(immediate, 1000000);
     // A busy wait of at least 20 ms on the same counter must show as at least 20000 us.
     const double start = GetTimePrecision();
     while (GetTimePrecision() - start < 0.02) {
     }
     const int waited = GetSpan(false);
-    EXPECT_TRUE(waited >= 20000 && waited < 20000000) << waited;
+    EXPECT_GE(waited, 20000);
+    EXPECT_LT(waited, 20000000);
     EXPECT_LT(GetSpan(false), waited);  // every call restarts the stopwatch
 }
 
