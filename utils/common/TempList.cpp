@@ -79,7 +79,29 @@ void CTempFile::SetList(CTempList* pList, POSITION pos) {
 // ---------------------------------------------------------------------------------------
 // CTempList
 
-CTempList::CTempList(const char* pListFileName) : m_csListFileName(pListFileName) { LoadTempFiles(); }
+CTempList::CTempList(const char* pListFileName) : m_csListFileName(pListFileName) {
+    // The adopted entries are written once, at the end, and only when the file does not hold
+    // exactly them already: a list file that is already in the written form is left untouched
+    // (same file, mode and time), and a crash while adopting leaves the old, complete file.
+    m_bSavingSuspended = 1;
+    LoadTempFiles();
+    m_bSavingSuspended = 0;
+    if (!IsEmpty() && !FileHoldsList()) SaveTempFiles();
+}
+
+bool CTempList::FileHoldsList() const {
+    std::string expected;
+    for (POSITION pos = GetHeadPosition(); pos;) {
+        const CTempFile* pTemp = GetNext(pos);
+        if (pTemp) expected.append(pTemp->GetPath().GetString()).append("\r\n");
+    }
+    FILE* file = qm::platform::OpenFileStream(m_csListFileName, "rb");
+    if (!file) return false;
+    std::string actual(expected.size() + 1, '\0');
+    actual.resize(std::fread(actual.data(), 1, actual.size(), file));
+    std::fclose(file);
+    return actual == expected;
+}
 
 CTempList::~CTempList() { RemoveAll(); }
 

@@ -91,6 +91,9 @@ protected:
     void AppendTempFiles(const CStringList& paths);
 
 private:
+    // Whether the list file holds exactly this list in the written form.
+    bool FileHoldsList() const;
+
     CString m_csListFileName;
     int m_bSavingSuspended = 0;
     // False after Detach without a file: changes are kept in memory only.
