@@ -167,6 +167,19 @@ TEST(CollectEMails, AgreesWithAPlainModelOnRandomText) {
         if (rng() % 5 == 0) text.insert(rng() % (text.size() + 1), "mailto:");
         ASSERT_EQ(Collect(CString(text.c_str())), ModelCollect(text)) << "text: " << text;
     }
+    // Long stretches without "@" between a few addresses: the scan moves over them, and must
+    // still stop at every start that can reach the next "@" (with or without "mailto:").
+    for (int round = 0; round < 1000; ++round) {
+        std::string text;
+        int n = 50 + (int)(rng() % 250);
+        for (int k = 0; k < n; ++k) {
+            char c = alphabet[rng() % (sizeof(alphabet) - 1)];
+            text += c == '@' ? 'b' : c;
+        }
+        for (int k = (int)(rng() % 4); k > 0; --k) text.insert(rng() % (text.size() + 1), rng() % 2 ? "@" : "mailto:");
+        if (rng() % 3 == 0) text.insert(rng() % (text.size() + 1), "a.b@c.d");
+        ASSERT_EQ(Collect(CString(text.c_str())), ModelCollect(text)) << "text: " << text;
+    }
 }
 
 // The plain search FindLinks must agree with: IsValidURL tried afresh at every word start.

@@ -12,6 +12,7 @@
 
 #include "utils/common/CVLogger.h"
 #include "utils/common/DIB_internal.h"
+#include "utils/platform/pixelblock.h"
 
 #define QM_SOURCE_MODULE "Common\\DIB"
 
@@ -184,7 +185,7 @@ bool CDIBitmap::Create(int width, int height, WORD bitCount) {
     info->biPlanes = 1;
     info->biBitCount = bitCount;
     info->biCompression = BI_RGB;
-    BYTE* pixels = static_cast<BYTE*>(std::malloc((size_t)bits));
+    BYTE* pixels = static_cast<BYTE*>(qm::platform::AllocatePixelBlock((size_t)bits));
     if (!pixels) {
         std::free(info);
         return false;
@@ -217,7 +218,7 @@ bool CDIBitmap::CreateFromPacked(const BITMAPINFOHEADER* pBI, std::uint64_t avai
     if (bits == 0 || infoLen > 0xFFFFFFFFull || infoLen + bits > available) return false;
     _cvtrace_(" 2");
     auto* info = static_cast<BITMAPINFOHEADER*>(std::malloc((size_t)infoLen));
-    BYTE* pixels = static_cast<BYTE*>(std::malloc((size_t)bits));
+    BYTE* pixels = static_cast<BYTE*>(qm::platform::AllocatePixelBlock((size_t)bits));
     if (!info || !pixels) {
         std::free(info);
         std::free(pixels);
@@ -258,7 +259,7 @@ LONG CDIBitmap::CopyFrom(const CDIBitmap& src) {
     Destroy();
     if (!src.IsValid()) return 0;
     CBmpBits MemTmp;
-    MemTmp.m_pPtr = static_cast<BYTE*>(std::malloc(src.m_BmpBits.m_nSize ? src.m_BmpBits.m_nSize : 1));
+    MemTmp.m_pPtr = static_cast<BYTE*>(qm::platform::AllocatePixelBlock(src.m_BmpBits.m_nSize));
     if (!CVASSERT(MemTmp.m_pPtr)) return kOutOfMemory;
     MemTmp.m_nSize = src.m_BmpBits.m_nSize;
     std::memcpy(MemTmp.m_pPtr, src.m_BmpBits.m_pPtr, MemTmp.m_nSize);
@@ -286,7 +287,7 @@ void CDIBitmap::MoveFrom(CDIBitmap& src) {
     m_BmpInfo.m_nSize = infoLen;
     if (src.IsAttached()) {
         // The rows of an attached source stay in the caller's block: they are copied.
-        m_BmpBits.m_pPtr = static_cast<BYTE*>(std::malloc(src.m_BmpBits.m_nSize));
+        m_BmpBits.m_pPtr = static_cast<BYTE*>(qm::platform::AllocatePixelBlock(src.m_BmpBits.m_nSize));
         if (m_BmpBits.m_pPtr) std::memcpy(m_BmpBits.m_pPtr, src.m_BmpBits.m_pPtr, src.m_BmpBits.m_nSize);
         m_BmpBits.m_nSize = m_BmpBits.m_pPtr ? src.m_BmpBits.m_nSize : 0;
         src.Detach();

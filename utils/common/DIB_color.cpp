@@ -11,6 +11,7 @@
 
 #include "utils/common/CVLogger.h"
 #include "utils/common/DIB.h"
+#include "utils/common/DIB_rows.h"
 
 #define QM_SOURCE_MODULE "Common\\DIB"
 
@@ -63,7 +64,8 @@ Outcome ApplyTables(CDIBitmap::CBmpInfo& info, CDIBitmap::CBmpBits& bits, const 
     std::uint64_t rows = std::min<std::uint64_t>((std::uint64_t)h->biHeight, bits.m_nSize / stride);
     size_t width = (size_t)h->biWidth;
     std::vector<std::uint16_t> pairs;
-    if (bpp == 24 && t.same && rows * width >= (1u << 16)) {
+    bool wide = bpp == 24 && t.same && qm::dib::HasByteShuffle512();
+    if (bpp == 24 && t.same && !wide && rows * width >= (1u << 16)) {
         pairs.resize(65536);
         for (unsigned v = 0; v < 65536; ++v) pairs[v] = (std::uint16_t)(t.c8[0][v & 0xFF] | t.c8[0][v >> 8] << 8);
     }
@@ -77,6 +79,8 @@ Outcome ApplyTables(CDIBitmap::CBmpInfo& info, CDIBitmap::CBmpBits& bits, const 
                 p[0] = (BYTE)v;
                 p[1] = (BYTE)(v >> 8);
             }
+        } else if (wide) {
+            qm::dib::MapBytes512(p, 3 * width, t.c8[0]);
         } else if (bpp == 24 && t.same) {
             // One table for all three channels: the row is one run of bytes, taken two at a
             // time through a table of byte pairs when the picture is large enough to pay for it.
@@ -162,6 +166,15 @@ void CDIBitmap::AdjustRGB(int iRed, int iGreen, int iBlue) {
 void CDIBitmap::BlackAndWhite() {
     int w = GetWidth(), h = GetHeight();
     if (!IsValid()) return;
+    int bpp = GetBitCount();
+    std::uint64_t stride = Stride64(w, bpp);
+    if ((bpp == 24 || bpp == 32) && stride * (std::uint64_t)h <= m_BmpBits.m_nSize) {
+        // True colour: the same rule for whole rows.
+        std::vector<BYTE> scratch((size_t)stride);
+        for (int y = 0; y < h; ++y)
+            qm::dib::GreyRow(m_BmpBits.m_pPtr + stride * (std::uint64_t)y, (size_t)w, (size_t)bpp / 8, scratch.data());
+        return;
+    }
     for (int y = 0; y < h; ++y)
         for (int x = 0; x < w; ++x) {
             CPoint pt(x, y);

@@ -14,6 +14,8 @@
 #include "utils/common/CVLogger.h"
 #include "utils/common/DIB.h"
 #include "utils/common/DIB_internal.h"
+#include "utils/common/DIB_rows.h"
+#include "utils/platform/pixelblock.h"
 
 #define QM_SOURCE_MODULE "Common\\DIB"
 
@@ -73,7 +75,7 @@ void CDIBitmap::Copy(const CDIBitmap& SrcBmp, CRect SrcRect) {
     result.m_BmpInfo.SetSize(rect.Size());
     WORD bpp = SrcBmp.GetBitCount();
     std::uint64_t size = qm::dib::BitsSize(rect.Width(), rect.Height(), bpp);
-    result.m_BmpBits.m_pPtr = size ? static_cast<BYTE*>(std::malloc((size_t)size)) : nullptr;
+    result.m_BmpBits.m_pPtr = size ? static_cast<BYTE*>(qm::platform::AllocatePixelBlock((size_t)size)) : nullptr;
     if (!result.m_BmpBits.m_pPtr) return;
     result.m_BmpBits.m_nSize = (DWORD)size;
 
@@ -141,7 +143,7 @@ bool CDIBitmap::CreateLike(CDIBitmap& result, const CDIBitmap& model, std::int64
     if (!size) return false;
     DWORD infoLen = model.GetInfoLength();
     auto* info = static_cast<BITMAPINFOHEADER*>(std::malloc(infoLen));
-    BYTE* bits = static_cast<BYTE*>(std::malloc((size_t)size));
+    BYTE* bits = static_cast<BYTE*>(qm::platform::AllocatePixelBlock((size_t)size));
     if (!info || !bits) {
         std::free(info);
         std::free(bits);
@@ -195,9 +197,38 @@ bool CDIBitmap::CopyAs24Bits(const CDIBitmap& src) {
     LONG px, py;
     src.GetPelsPerMeter(&px, &py);
     SetPelsPerMeter(px, py);
-    std::memset(m_BmpBits.m_pPtr, 0, m_BmpBits.m_nSize);
-    for (int y = 0; y < GetHeight(); ++y)
-        for (int x = 0; x < GetWidth(); ++x) SetPixelColor(CPoint(x, y), src.GetPixelColor(CPoint(x, y)));
+    int bpp = src.GetBitCount();
+    std::uint64_t srcStride = Stride64(src.GetWidth(), bpp), dstStride = DWAlignedBytesPerLine();
+    bool rows = (bpp == 1 || bpp == 4 || bpp == 8 || bpp == 24 || bpp == 32 ||
+                 (bpp == 16 && src.m_BmpInfo.HasStandardMasks())) &&
+                srcStride * (std::uint64_t)src.GetHeight() <= src.m_BmpBits.m_nSize;
+    if (!rows) {
+        // Other depths, other masks and short pixel blocks take the pixel primitives, which
+        // report and read what those cases need.
+        std::memset(m_BmpBits.m_pPtr, 0, m_BmpBits.m_nSize);
+        for (int y = 0; y < GetHeight(); ++y)
+            for (int x = 0; x < GetWidth(); ++x) SetPixelColor(CPoint(x, y), src.GetPixelColor(CPoint(x, y)));
+        return true;
+    }
+    // Palette indexes through a table of the entries' colours (black for entries the table
+    // or its block does not hold), then whole rows.
+    std::uint32_t palette[256] = {};
+    if (bpp <= 8)
+        for (DWORD i = 0; i < (1u << bpp); ++i)
+            if (const RGBQUAD* q = src.m_BmpInfo.GetColorEntry(i))
+                palette[i] = (std::uint32_t)q->rgbRed << 16 | (std::uint32_t)q->rgbGreen << 8 | q->rgbBlue;
+    BYTE channels[3 * 256];
+    bool wide = bpp == 8 && qm::dib::HasByteShuffle512();
+    if (wide)
+        for (int i = 0; i < 256; ++i)
+            for (int c = 0; c < 3; ++c) channels[256 * c + i] = (BYTE)(palette[i] >> (8 * c));
+    std::uint64_t used = 3 * (std::uint64_t)GetWidth();
+    for (int y = 0; y < GetHeight(); ++y) {
+        BYTE* out = m_BmpBits.m_pPtr + dstStride * (std::uint64_t)y;
+        qm::dib::RowTo24(src.m_BmpBits.m_pPtr + srcStride * (std::uint64_t)y, out, (std::size_t)GetWidth(), bpp, palette,
+                         wide ? channels : nullptr);
+        std::memset(out + used, 0, (size_t)(dstStride - used));
+    }
     return true;
 }
 
@@ -224,7 +255,6 @@ int CDIBitmap::Resize(const CSize& size) {
     int w = src->GetWidth(), h = src->GetHeight();
     CDIBitmap result;
     if (!CreateLike(result, *src, size.cx, size.cy)) return 0;
-    std::memset(result.GetBits(), 0, result.GetBitsSize());
     double sx = (double)size.cx / w, sy = (double)size.cy / h;
 
     // Per axis: nearest pixel, or the runs of source indexes that truncate to each target.
@@ -260,20 +290,36 @@ int CDIBitmap::Resize(const CSize& size) {
         for (Span& s : cols) s = {(s.first + s.end) / 2, (s.first + s.end) / 2 + 1};
     }
     std::uint64_t srcStride = src->DWAlignedBytesPerLine(), dstStride = result.DWAlignedBytesPerLine();
+    if (!averageRows && !averageCols) {
+        // One source pixel per target pixel: each row gathered through the byte offsets of its
+        // columns, and a row that samples the same source row as the one before copied whole.
+        std::vector<std::uint32_t> offsets((size_t)size.cx);
+        for (size_t x = 0; x < offsets.size(); ++x) offsets[x] = 3u * (std::uint32_t)cols[x].first;
+        std::uint64_t used = 3 * (std::uint64_t)size.cx;
+        qm::dib::GatherPlan plan;
+        bool wide = qm::dib::HasByteShuffle512();
+        if (wide) qm::dib::PlanGather24(offsets.data(), offsets.size(), plan);
+        for (int y = 0; y < size.cy; ++y) {
+            BYTE* out = result.GetBits() + dstStride * y;
+            int from = rows[(size_t)y].first;
+            if (y > 0 && from == rows[(size_t)y - 1].first) {
+                std::memcpy(out, out - dstStride, (size_t)dstStride);
+                continue;
+            }
+            const BYTE* in = src->GetBits() + srcStride * from;
+            size_t inBytes = (size_t)(src->GetBitsSize() - srcStride * from);
+            size_t done = wide ? qm::dib::GatherRow24_512(out, in, inBytes, plan) : 0;
+            qm::dib::GatherRow24(out + 3 * done, in, inBytes, offsets.data() + done, offsets.size() - done);
+            std::memset(out + used, 0, (size_t)(dstStride - used));
+        }
+        Release(*this);
+        MoveFrom(result);
+        return 1;
+    }
+    std::memset(result.GetBits(), 0, result.GetBitsSize());
     for (int y = 0; y < size.cy; ++y) {
         BYTE* out = result.GetBits() + dstStride * y;
         const Span& ry = rows[(size_t)y];
-        if (!averageRows && !averageCols) {
-            // One source pixel per target pixel: a plain copy of its three bytes.
-            const BYTE* in = src->GetBits() + srcStride * ry.first;
-            for (int x = 0; x < size.cx; ++x, out += 3) {
-                const BYTE* p = in + 3 * (std::uint64_t)cols[(size_t)x].first;
-                out[0] = p[0];
-                out[1] = p[1];
-                out[2] = p[2];
-            }
-            continue;
-        }
         for (int x = 0; x < size.cx; ++x, out += 3) {
             const Span& cx = cols[(size_t)x];
             unsigned sum[3] = {0, 0, 0}, count = 0;
@@ -315,35 +361,6 @@ void RotateTiles(BYTE* bits, std::uint64_t dstStride, int rw, int rh, const BYTE
             }
 }
 
-// A quarter turn of a square picture of whole-byte pixels in its own block: every pixel moves
-// along a cycle of four positions, so no second block is needed.
-template <size_t N>
-void RotateSquareInPlace(BYTE* bits, std::uint64_t stride, int side, bool clockwise) {
-    auto at = [&](int x, int y) { return bits + stride * (std::uint64_t)y + N * (std::uint64_t)x; };
-    // Narrow along x (each step there moves two of the four positions by a row), long along y.
-    const int m = side - 1, tile = 8, tileY = 32;
-    const std::ptrdiff_t row = (std::ptrdiff_t)stride, step = (std::ptrdiff_t)N;
-    BYTE t[N];
-    for (int y0 = 0; y0 < side / 2; y0 += tileY)
-        for (int x0 = 0; x0 < (side + 1) / 2; x0 += tile)
-            for (int y = y0; y < std::min(y0 + tileY, side / 2); ++y) {
-                int x = x0, xe = std::min(x0 + tile, (side + 1) / 2);
-                // Along x the four positions move by a pixel or a row each.
-                BYTE* p0 = at(x, y);
-                BYTE* p2 = at(m - x, m - y);
-                BYTE* p1 = clockwise ? at(m - y, x) : at(y, m - x);
-                BYTE* p3 = clockwise ? at(y, m - x) : at(m - y, x);
-                std::ptrdiff_t d1 = clockwise ? row : -row, d3 = -d1;
-                for (; x < xe; ++x, p0 += step, p2 -= step, p1 += d1, p3 += d3) {
-                    std::memcpy(t, p0, N);
-                    std::memcpy(p0, p1, N);
-                    std::memcpy(p1, p2, N);
-                    std::memcpy(p2, p3, N);
-                    std::memcpy(p3, t, N);
-                }
-            }
-}
-
 }  // namespace
 
 void CDIBitmap::Rotate(eRotate angle) {
@@ -362,9 +379,7 @@ void CDIBitmap::Rotate(eRotate angle) {
     int w = GetWidth(), h = GetHeight();
     if (quarter && w == h && !IsAttached() && (bpp == 24 || bpp == 32 || bpp == 8)) {
         std::uint64_t stride = DWAlignedBytesPerLine(), used = (std::uint64_t)w * (bpp / 8);
-        if (bpp == 8) RotateSquareInPlace<1>(m_BmpBits.m_pPtr, stride, w, angle == eRotate90);
-        if (bpp == 24) RotateSquareInPlace<3>(m_BmpBits.m_pPtr, stride, w, angle == eRotate90);
-        if (bpp == 32) RotateSquareInPlace<4>(m_BmpBits.m_pPtr, stride, w, angle == eRotate90);
+        qm::dib::QuarterTurnInPlace(m_BmpBits.m_pPtr, stride, w, (size_t)bpp / 8, angle == eRotate90);
         if (stride > used)
             for (int y = 0; y < h; ++y) std::memset(m_BmpBits.m_pPtr + stride * y + used, 0, (size_t)(stride - used));
         return;
@@ -374,7 +389,7 @@ void CDIBitmap::Rotate(eRotate angle) {
     std::uint64_t size = qm::dib::BitsSize(rw, rh, bpp);
     DWORD infoLen = GetInfoLength();
     auto* info = static_cast<BITMAPINFOHEADER*>(std::malloc(infoLen));
-    BYTE* bits = size ? static_cast<BYTE*>(std::malloc((size_t)size)) : nullptr;
+    BYTE* bits = size ? static_cast<BYTE*>(qm::platform::AllocatePixelBlock((size_t)size)) : nullptr;
     bool bAllocOk = info && bits;
     if (!CVASSERT(bAllocOk)) {
         std::free(info);
@@ -440,29 +455,19 @@ void CDIBitmap::Mirror() {
     // Each row is read backwards from a copy of itself, so the block is rewritten in place:
     // the result is the same as writing into a new block, without a second picture in memory.
     std::uint64_t stride = DWAlignedBytesPerLine();
-    std::vector<BYTE> row((size_t)stride);
+    std::vector<BYTE> row((size_t)stride + 8);
     for (int y = 0; y < h; ++y) {
         BYTE* out = m_BmpBits.m_pPtr + stride * y;
-        std::memcpy(row.data(), out, (size_t)stride);
-        const BYTE* in = row.data();
         if (bpp < 8) {
+            std::memcpy(row.data(), out, (size_t)stride);
+            const BYTE* in = row.data();
             for (int x = 0; x < w; ++x) {
                 unsigned Bits = GetSub(in, (std::uint64_t)(w - 1 - x), bpp);
                 if (bpp == 4) CVASSERT(Bits <= 0x0F);
                 SetSub(out, (std::uint64_t)x, bpp, Bits);
             }
         } else {
-            size_t n = (size_t)bpp / 8;
-            const BYTE* p = in + n * (std::uint64_t)(w - 1);
-            if (n == 3) {
-                for (int x = 0; x < w; ++x, p -= 3, out += 3) {
-                    out[0] = p[0];
-                    out[1] = p[1];
-                    out[2] = p[2];
-                }
-            } else {
-                for (int x = 0; x < w; ++x, p -= n, out += n) std::memcpy(out, p, n);
-            }
+            qm::dib::MirrorRow(out, (size_t)w, (size_t)bpp / 8, row.data());
         }
     }
 }

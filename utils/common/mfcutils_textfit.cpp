@@ -149,26 +149,47 @@ int MapWidthToCharPos(CDC* pDC, LONG nWidth, const char* pText, int nLen, int* p
 
 int WordWrapString(CString& S, int nWidth, CDC* pDC, int* pTabStop) {
     CVASSERT(S.GetLength() < 16000);
+    // Line feeds are dropped: the text is copied run by run between them.
+    const std::string& in = S.str();
     std::string src;
-    src.reserve((size_t)S.GetLength());
-    for (char c : S.str())
-        if (c != '\n') src += c;
+    src.reserve(in.size());
+    for (size_t pos = 0; pos < in.size();) {
+        const void* lf = std::memchr(in.data() + pos, '\n', in.size() - pos);
+        size_t end = lf ? (size_t)(static_cast<const char*>(lf) - in.data()) : in.size();
+        src.append(in, pos, end - pos);
+        pos = end + 1;
+    }
     if (src.empty()) {
         S.Empty();
         return 0;
     }
-    std::vector<std::string> lines;
+    // The context's average character width, asked once for all the lines (as each
+    // measurement would ask it).
+    LONG avg = -1;
+    if (pDC) {
+        TEXTMETRICA tm{};
+        pDC->GetTextMetrics(&tm);
+        avg = tm.tmAveCharWidth < 1 ? 1 : tm.tmAveCharWidth;
+    }
+    // The lines are written straight into the result, each after a '\r' but the first.
+    std::string out;
+    out.reserve(src.size() + src.size() / 8 + 16);
+    int lines = 0;
+    auto line = [&](const char* p, size_t n) {
+        if (lines++) out += '\r';
+        out.append(p, n);
+    };
     size_t pos = 0;
     for (;;) {
-        size_t eol = src.find('\r', pos);
-        if (eol == std::string::npos) eol = src.size();
+        const void* cr = std::memchr(src.data() + pos, '\r', src.size() - pos);
+        size_t eol = cr ? (size_t)(static_cast<const char*>(cr) - src.data()) : src.size();
         const char* seg = src.data() + pos;
         int rem = (int)(eol - pos);
-        if (rem == 0) lines.emplace_back();
+        if (rem == 0) line(seg, 0);
         while (rem > 0) {
-            int n = MapWidthToCharPos(pDC, nWidth, seg, rem, pTabStop, nullptr, IgnoreSpaces, -1);
+            int n = MapWidthToCharPos(pDC, nWidth, seg, rem, pTabStop, nullptr, IgnoreSpaces, avg);
             if (n >= rem) {
-                lines.emplace_back(seg, (size_t)rem);
+                line(seg, (size_t)rem);
                 break;
             }
             // Break after the last space at or before the first character that does not fit
@@ -179,21 +200,15 @@ int WordWrapString(CString& S, int nWidth, CDC* pDC, int* pTabStop) {
                 if (seg[i] == ' ') { piece = i + 1; break; }
             if (piece < 0) piece = n;
             if (piece < 1) piece = 1;
-            lines.emplace_back(seg, (size_t)piece);
+            line(seg, (size_t)piece);
             seg += piece;
             rem -= piece;
         }
         if (eol >= src.size()) break;
         pos = eol + 1;
     }
-    std::string out;
-    out.reserve(src.size() * 2);
-    for (size_t i = 0; i < lines.size(); ++i) {
-        if (i) out += '\r';
-        out += lines[i];
-    }
     S = CString(out);
-    return (int)lines.size();
+    return lines;
 }
 
 CString GetTextFromHandle(HGLOBAL h, LONG nSize) {

@@ -4,6 +4,9 @@
 
 #include <cstdint>
 #include <cstring>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "utils/common/CVLogger.h"
@@ -92,6 +95,9 @@ bool ScanHost(const char* text, bool extend, int& len) {
 
 // Where the walk over the part before "@" of an address stops: at the "@", or at the byte that
 // makes it fail. Every start inside one run of mailbox bytes stops at the same place.
+// A byte the walk over the part before "@" passes.
+bool IsMailboxByte(uchar c) { return c != '@' && c >= 33 && !InSet(c, kMailboxStop); }
+
 const uchar* MailboxWalkEnd(const uchar* p) {
     while (*p != '@' && *p >= 33 && !InSet(*p, kMailboxStop)) ++p;
     return p;
@@ -368,7 +374,7 @@ bool IsLooksLikeEmailAddress(const char* ptr_address) {
 }
 
 int CollectEMails(CString text, CStringSet& found) {
-    CollectEMails(text, found, nullptr);
+    CollectEMails(std::move(text), found, nullptr);  // the copy taken by value is handed on
     return 0;
 }
 
@@ -378,8 +384,36 @@ int CollectEMails(CString text, CStringSet& found, size_t* steps) {
     SharedScans scans(s);
     size_t loop = 0;
     int i = 0;
+    // An address needs an "@" that the walk from its start reaches over mailbox bytes only.
+    // For the first "@" at or after i, `limit` is the earliest start that can reach it (the
+    // start of its run of mailbox bytes, or of a "mailto:" right before that run); every word
+    // that starts before it fails, so the scan moves straight to the last delimiter before
+    // it. Without any "@" left, nothing more can be found.
+    int atPos = -1, limit = 0;
+    std::unordered_set<std::string_view> seen;
     while (i < n) {
         ++loop;
+        if (i > atPos) {
+            const void* a = std::memchr(s + i, '@', (size_t)(n - i));
+            if (!a) {
+                loop += (size_t)(n - i);
+                break;
+            }
+            atPos = (int)(static_cast<const char*>(a) - s);
+            int r = atPos;
+            while (r > i && IsMailboxByte((uchar)s[r - 1])) --r;
+            // A start before the run reaches it only as "mailto:" right before it (its ":"
+            // stops the walk, so it cannot overlap the run).
+            limit = r >= 7 && HasPrefixNoCase(s + r - 7, "mailto:") ? r - 7 : r;
+        }
+        if (i < limit) {
+            int j = limit - 1;
+            while (j > i && !InSet((uchar)s[j], kWordDelimiters)) --j;
+            if (j > i) {
+                loop += (size_t)(j - i);
+                i = j;
+            }
+        }
         if (InSet((uchar)s[i], kWordDelimiters)) {
             ++i;
             continue;
@@ -387,7 +421,8 @@ int CollectEMails(CString text, CStringSet& found, size_t* steps) {
         int len = 0;
         // An embedded NUL ends the scan's view of the text there; len is then within it.
         if (EMailAt(s + i, len, scans) && len > 0) {
-            found.Add(CString(s + i, len));
+            // An address met before in this text is already in the set.
+            if (seen.insert(std::string_view(s + i, (size_t)len)).second) found.Add(CString(s + i, len));
             i += len;
         } else {
             while (i < n && !InSet((uchar)s[i], kWordDelimiters)) ++i, ++loop;

@@ -8,6 +8,7 @@
 #include "utils/common/utils_text.h"
 #include "utils/common/utils_text_scan.h"
 #include "utils/framework/mbchar.h"
+#include "utils/platform/pixelblock.h"
 
 #define QM_SOURCE_MODULE "Common\\utils"
 
@@ -91,6 +92,7 @@ int ReplaceStringLimited(CString& s, const CString& find, const CString& replace
     const std::string_view f(find.str());
     const NoCaseFinder finder(text, f);
     std::vector<size_t> hits;
+    hits.reserve(1024);
     for (size_t at = finder.Next(0); at != std::string_view::npos; at = finder.Next(at + f.size())) hits.push_back(at);
     if (hits.empty()) return 0;
 
@@ -106,21 +108,21 @@ int ReplaceStringLimited(CString& s, const CString& find, const CString& replace
 
     // Built straight into a new string of the final length, which then replaces the text.
     const size_t newLength = (size_t)(oldLength + grow * count);
-    CString result;
-    char* dst = result.GetBufferSetLength((int)newLength);
+    // Reserved first (large pages asked for while no byte is written), then appended to
+    // piece by piece: no byte is written twice.
+    std::string result;
+    result.reserve(newLength);
+    qm::platform::PrepareLargeBlock(result.data(), newLength + 1);
     const std::string& r = replacement.str();
     size_t src = 0;
     for (long long k = 0; k < count; ++k) {
         const size_t at = hits[(size_t)k];
-        std::memcpy(dst, text.data() + src, at - src);
-        dst += at - src;
-        std::memcpy(dst, r.data(), r.size());
-        dst += r.size();
+        result.append(text.data() + src, at - src);
+        result.append(r);
         src = at + f.size();
     }
-    std::memcpy(dst, text.data() + src, text.size() - src);
-    result.ReleaseBuffer((int)newLength);
-    s = std::move(result);
+    result.append(text.data() + src, text.size() - src);
+    s = CString(std::move(result));
     return (int)count;
 }
 

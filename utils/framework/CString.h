@@ -17,6 +17,7 @@ public:
     CString(const char* pch, int nLength) : m_str(pch ? pch : "", pch && nLength > 0 ? (size_t)nLength : 0) {}
     CString(char ch, int nRepeat = 1) : m_str(nRepeat > 0 ? (size_t)nRepeat : 0, ch) {}
     explicit CString(const std::string& s) : m_str(s) {}
+    explicit CString(std::string&& s) : m_str(std::move(s)) {}
     ~CString() = default;
 
     CString& operator=(const CString& s) = default;

@@ -31,6 +31,7 @@
 #include <vector>
 
 #include "utils/platform/files_text.h"
+#include "utils/platform/posix/name_cache.h"
 #include "utils/platform/posix/temp_folder.h"
 
 namespace qm::platform {
@@ -355,14 +356,7 @@ std::string ResolveCase(const std::string& base, const std::vector<std::string>&
             continue;
         }
         std::string match;
-        if (DIR* dir = opendir(path.c_str())) {
-            while (dirent* e = readdir(dir))
-                if (SameNoCase(e->d_name, part.c_str())) {
-                    match = e->d_name;
-                    break;
-                }
-            closedir(dir);
-        }
+        names::FindNoCase(path, part, match);
         if (match.empty()) {
             found = false;
             path = exact;
@@ -879,7 +873,9 @@ FILE* OpenFileStream(const char* path, const char* mode) {
         errno = t_lastError == ERROR_INVALID_NAME ? EINVAL : ENOENT;
         return nullptr;
     }
-    return std::fopen(native.c_str(), mode);
+    FILE* f = std::fopen(native.c_str(), mode);
+    if (f && std::strpbrk(mode, "wa")) names::Made(ParentOf(native), native.substr(native.rfind('/') + 1));
+    return f;
 }
 
 DWORD GetLastError() { return t_lastError; }
@@ -1194,6 +1190,7 @@ UINT GetTempFileNameA(LPCSTR pathName, LPCSTR prefix, UINT unique, LPSTR tempFil
         int fd = open(native.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
         if (fd >= 0) {
             close(fd);
+            names::Made(ParentOf(native), native.substr(native.rfind('/') + 1));
             std::memcpy(tempFileName, name.c_str(), name.size() + 1);
             return n;
         }

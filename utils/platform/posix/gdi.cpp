@@ -19,6 +19,12 @@ std::unordered_set<Object*>& Live() {
     static std::unordered_set<Object*> live;
     return live;
 }
+// The object found last: measuring text asks for the same context many times in a row.
+// Cleared when that object is destroyed, so it is always a live one (or null).
+Object*& LastFound() {
+    static Object* last = nullptr;
+    return last;
+}
 // The 1 x 1 bitmap every memory context starts with (GDI's stock bitmap).
 Surface* StockBitmap() {
     static Surface* s = [] {
@@ -34,8 +40,10 @@ Surface* StockBitmap() {
 void Register(Object* obj) { Live().insert(obj); }
 
 Object* Find(void* handle) {
+    if (handle && handle == LastFound()) return LastFound();
     auto it = Live().find((Object*)handle);
-    return it == Live().end() ? nullptr : *it;
+    if (it == Live().end()) return nullptr;
+    return LastFound() = *it;
 }
 Dc* FindDc(HDC hdc) {
     Object* o = Find(hdc);
@@ -64,6 +72,7 @@ namespace {
 
 void Destroy(Object* o) {
     Live().erase(o);
+    if (LastFound() == o) LastFound() = nullptr;
     delete o;
 }
 
@@ -143,6 +152,29 @@ bool Stretch(Surface& dst, int x, int y, int cx, int cy, const PixelSource& src,
         colFirst[(size_t)(i - i0)] = (std::int32_t)(XS + a);
         colLast[(size_t)(i - i0)] = (std::int32_t)(XS + b);
     }
+    // Copying one sampled pixel per target pixel: each target row takes its pixels straight
+    // from its source row, and a row that samples the same source row as the one above it is
+    // a copy of that row.
+    bool sampled = rop == SRCCOPY && mode != HALFTONE && !(combine && (CXS > CX || CYS > CY)) && src.sampleRow &&
+                   *std::min_element(colFirst.begin(), colFirst.end()) >= 0 &&
+                   *std::max_element(colFirst.begin(), colFirst.end()) < src.width;
+    if (sampled) {
+        long long previous = -1;
+        for (long long j = j0; j < j1; ++j) {
+            long long a, b;
+            span(flipY ? CY - 1 - j : j, CY, CYS, a, b);
+            long long r = YS + a;
+            if (r < 0 || r >= src.height) continue;
+            std::uint32_t* out = dst.Row((int)(Y + j)) + (X + i0);
+            if (r == previous && j > j0) {
+                std::memcpy(out, dst.Row((int)(Y + j - 1)) + (X + i0), colFirst.size() * 4);
+            } else {
+                src.sampleRow((int)r, colFirst.data(), colFirst.size(), out);
+            }
+            previous = r;
+        }
+        return true;
+    }
     std::vector<std::uint32_t> rowBuf((size_t)std::max(1, src.width));
     std::vector<std::uint32_t> acc((size_t)(i1 - i0));
     std::vector<std::uint32_t> sumR, sumG, sumB, count;
@@ -161,6 +193,20 @@ bool Stretch(Surface& dst, int x, int y, int cx, int cy, const PixelSource& src,
         for (long long r = YS + a; r <= YS + b; ++r) {
             if (r < 0 || r >= src.height) continue;
             src.readRow((int)r, rowBuf.data());
+            if (mode == BLACKONWHITE || mode == WHITEONBLACK) {
+                // Combining by AND (or OR) over each column span, the first pixel taken as it is.
+                const bool orMode = mode == WHITEONBLACK;
+                for (size_t c = 0; c < acc.size(); ++c) {
+                    std::int32_t lo = std::max<std::int32_t>(colFirst[c], 0);
+                    std::int32_t hi = std::min<std::int32_t>(colLast[c], src.width - 1);
+                    if (lo > hi) continue;
+                    std::uint32_t v = rowBuf[(size_t)lo];
+                    for (std::int32_t sx = lo + 1; sx <= hi; ++sx) v = orMode ? v | rowBuf[(size_t)sx] : v & rowBuf[(size_t)sx];
+                    acc[c] = have[c] ? (orMode ? acc[c] | v : acc[c] & v) : v;
+                    have[c] = 1;
+                }
+                continue;
+            }
             for (size_t c = 0; c < acc.size(); ++c) {
                 for (std::int32_t sx = colFirst[c]; sx <= colLast[c]; ++sx) {
                     if (sx < 0 || sx >= src.width) continue;

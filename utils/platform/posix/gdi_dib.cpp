@@ -3,6 +3,7 @@
 // bitmap's pixels out as DIB rows for GetDIBits.
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <mutex>
 #include <unordered_set>
 #include <vector>
@@ -78,6 +79,19 @@ struct Dib {
         std::uint64_t scan = topDown ? (std::uint64_t)y : (std::uint64_t)(height - 1 - y);
         if (scan < firstScan || scan >= (std::uint64_t)firstScan + scans) return false;
         const unsigned char* r = rows + (scan - firstScan) * stride;
+        // The common depths a whole row at a time; the others pixel by pixel below.
+        if (bits == 24) {
+            for (int x = 0; x < width; ++x, r += 3) out[x] = ((std::uint32_t)r[2] << 16) | ((std::uint32_t)r[1] << 8) | r[0];
+            return true;
+        }
+        if (bits == 8) {
+            for (int x = 0; x < width; ++x) out[x] = palette[r[x]];
+            return true;
+        }
+        if (bits == 32 && masks[0] == 0xFF0000 && masks[1] == 0xFF00 && masks[2] == 0xFF) {
+            for (int x = 0; x < width; ++x, r += 4) out[x] = ((std::uint32_t)r[2] << 16) | ((std::uint32_t)r[1] << 8) | r[0];
+            return true;
+        }
         for (int x = 0; x < width; ++x) {
             std::uint32_t p = 0;
             switch (bits) {
@@ -102,12 +116,54 @@ struct Dib {
         return true;
     }
 
+    // Pixels cols[i] of row y: 24 bits, 32 bits with 8-bit masks and palette indexes read
+    // straight from the row, other formats through ReadRow.
+    void SampleRow(int y, const std::int32_t* cols, std::size_t n, std::uint32_t* out, UINT firstScan, UINT scans,
+                   std::vector<std::uint32_t>& whole) const {
+        std::uint64_t scan = topDown ? (std::uint64_t)y : (std::uint64_t)(height - 1 - y);
+        if (scan < firstScan || scan >= (std::uint64_t)firstScan + scans) {
+            std::fill(out, out + n, 0u);
+            return;
+        }
+        const unsigned char* r = rows + (scan - firstScan) * stride;
+        bool plain32 = bits == 32 && masks[0] == 0xFF0000 && masks[1] == 0xFF00 && masks[2] == 0xFF;
+        if (bits == 24) {
+            for (std::size_t i = 0; i < n; ++i) {
+                const unsigned char* p = r + 3 * (std::uint64_t)cols[i];
+                std::uint32_t v;
+                if (3 * (std::uint64_t)cols[i] + 4 <= stride) {
+                    std::memcpy(&v, p, 4);  // the fourth byte is still inside the row
+                    v &= 0xFFFFFF;
+                } else {
+                    v = ((std::uint32_t)p[2] << 16) | ((std::uint32_t)p[1] << 8) | p[0];
+                }
+                out[i] = v;
+            }
+        } else if (plain32) {
+            for (std::size_t i = 0; i < n; ++i) {
+                std::uint32_t v;
+                std::memcpy(&v, r + 4 * (std::uint64_t)cols[i], 4);
+                out[i] = v & 0xFFFFFF;
+            }
+        } else if (bits == 8) {
+            for (std::size_t i = 0; i < n; ++i) out[i] = palette[r[cols[i]]];
+        } else {
+            whole.resize((size_t)width);
+            ReadRow(y, whole.data(), firstScan, scans);
+            for (std::size_t i = 0; i < n; ++i) out[i] = whole[(size_t)cols[i]];
+        }
+    }
+
     PixelSource Source(UINT firstScan, UINT scans) const {
         PixelSource s;
         s.width = width;
         s.height = height;
         s.readRow = [this, firstScan, scans](int y, std::uint32_t* out) {
             if (!ReadRow(y, out, firstScan, scans)) std::fill(out, out + width, 0u);
+        };
+        auto whole = std::make_shared<std::vector<std::uint32_t>>();
+        s.sampleRow = [this, firstScan, scans, whole](int y, const std::int32_t* cols, std::size_t n, std::uint32_t* out) {
+            SampleRow(y, cols, n, out, firstScan, scans, *whole);
         };
         return s;
     }

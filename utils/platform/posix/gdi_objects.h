@@ -80,6 +80,9 @@ struct PixelSource {
     int width = 0;
     int height = 0;
     std::function<void(int y, std::uint32_t* out)> readRow;
+    // Optional: out[i] = pixel cols[i] of row y (0x00RRGGBB), for i < n, every column inside
+    // the row; the values readRow gives, without converting the columns not asked for.
+    std::function<void(int y, const std::int32_t* cols, std::size_t n, std::uint32_t* out)> sampleRow;
 };
 
 // Stretches the source rectangle (xs, ys, cxs, cys; top-down) onto the destination rectangle

@@ -21,6 +21,7 @@
 #include <mutex>
 
 #include "utils/platform/files.h"
+#include "utils/platform/posix/name_cache.h"
 #include "utils/platform/tempfiles.h"
 
 namespace qm::platform::posix {
@@ -53,13 +54,15 @@ std::string Base() {
 bool MakeFolder(const std::string& base, std::string& out) {
     const std::string root = base == "/" ? std::string() : base;
     const std::string fixed = root + "/mfcqmutils-" + std::to_string((unsigned long)geteuid());
-    if (mkdir(fixed.c_str(), 0700) != 0 && errno != EEXIST) return false;
+    if (mkdir(fixed.c_str(), 0700) == 0) names::Made(base, fixed.substr(fixed.rfind('/') + 1));
+    else if (errno != EEXIST) return false;
     if (IsPrivate(fixed)) {
         out = fixed;
         return true;
     }
     std::string pattern = fixed + "-XXXXXX";
     if (!mkdtemp(pattern.data())) return false;
+    names::Made(base, pattern.substr(pattern.rfind('/') + 1));
     if (!IsPrivate(pattern)) return false;
     out = pattern;
     return true;
@@ -116,6 +119,8 @@ FILE* CreateTempFileStream(LPCSTR folder, LPCSTR prefix, LPSTR name) {
             SetLastError(errno == EACCES || errno == EPERM ? ERROR_ACCESS_DENIED : ERROR_PATH_NOT_FOUND);
             return nullptr;
         }
+        const size_t slash = native.rfind('/');
+        names::Made(slash == 0 ? "/" : native.substr(0, slash), native.substr(slash + 1));
         FILE* file = fdopen(fd, "wb");
         if (!file) {
             close(fd);

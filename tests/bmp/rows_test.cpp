@@ -1,0 +1,188 @@
+// The whole-row paths of the bitmap operations against the pixel primitives they stand for, on
+// random pictures whose padding bytes, unused palette entries, sixteenth bits and fourth bytes
+// hold noise, at every depth and at widths that cross every padding case and the vector and
+// tile steps of the rows.
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "tests/bmp/bmp_model.h"
+#include "tests/support/recording_sink.h"
+
+using namespace bmptest;
+
+namespace {
+
+// Every byte of the pixel block random, padding included.
+void MakeNoisy(CDIBitmap& b, int w, int h, int bpp, std::mt19937& rng) {
+    MakeRandom(b, w, h, bpp, rng);
+    for (DWORD i = 0; i < b.GetBitsSize(); ++i) b.GetBits()[i] = (BYTE)rng();
+}
+
+std::vector<BYTE> Bytes(const CDIBitmap& b) { return std::vector<BYTE>(b.GetBits(), b.GetBits() + b.GetBitsSize()); }
+
+// The conversion as the pixel primitives define it: a zeroed 24-bit block, then the colour of
+// every storage position.
+void ReferenceTo24(const CDIBitmap& src, CDIBitmap& out) {
+    out.Create(src.GetWidth(), src.GetHeight(), 24);
+    std::memset(out.GetBits(), 0, out.GetBitsSize());
+    for (int y = 0; y < src.GetHeight(); ++y)
+        for (int x = 0; x < src.GetWidth(); ++x) out.SetPixelColor(CPoint(x, y), src.GetPixelColor(CPoint(x, y)));
+}
+
+const int kWidths[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 15, 16, 17, 31, 33, 47, 64, 65, 100};
+
+}  // namespace
+
+TEST(DibRows, CopyAs24BitsMatchesThePixelPrimitivesByteForByte) {
+    qmtest::RecordingAssertSink sink;
+    std::mt19937 rng(7);
+    for (int bpp : kDepths)
+        for (int w : kWidths) {
+            SCOPED_TRACE(testing::Message() << bpp << " bits, width " << w);
+            CDIBitmap src;
+            MakeNoisy(src, w, 3, bpp, rng);
+            if (bpp <= 8 && w % 2) const_cast<BITMAPINFOHEADER*>(src.GetInfoHeader())->biClrUsed = (DWORD)(1u << bpp) / 2 + 1;  // short table: black past it
+            CDIBitmap fast, slow;
+            ASSERT_TRUE(fast.CopyAs24Bits(src));
+            ReferenceTo24(src, slow);
+            EXPECT_EQ(Bytes(fast), Bytes(slow));
+        }
+    EXPECT_TRUE(sink.Expressions().empty());
+}
+
+TEST(DibRows, BlackAndWhiteMatchesThePixelPrimitivesAndKeepsThePadding) {
+    std::mt19937 rng(11);
+    for (int bpp : {24, 32})
+        for (int w : kWidths) {
+            SCOPED_TRACE(testing::Message() << bpp << " bits, width " << w);
+            CDIBitmap fast, slow;
+            MakeNoisy(fast, w, 2, bpp, rng);
+            slow.CopyFrom(fast);
+            fast.BlackAndWhite();
+            for (int y = 0; y < 2; ++y)
+                for (int x = 0; x < w; ++x) {
+                    COLORREF c = slow.GetPixelColor(CPoint(x, y));
+                    int grey = (GetRValue(c) + GetGValue(c) + GetBValue(c)) / 3;
+                    slow.SetPixelColor(CPoint(x, y), RGB(grey, grey, grey));
+                }
+            EXPECT_EQ(Bytes(fast), Bytes(slow));
+        }
+    // Every sum of three channels, the largest included.
+    CDIBitmap all;
+    all.Create(766, 1, 24);
+    for (int s = 0; s < 766; ++s) all.SetPixelColor(CPoint(s, 0), RGB(s / 3, (s + 1) / 3, (s + 2) / 3));
+    all.BlackAndWhite();
+    for (int s = 0; s < 766; ++s) EXPECT_EQ(all.GetPixelValue(CPoint(s, 0)), (DWORD)(s / 3) * 0x010101u) << s;
+}
+
+TEST(DibRows, MirrorKeepsThePaddingAndReversesEveryPixel) {
+    std::mt19937 rng(5);
+    for (int bpp : {8, 16, 24, 32})
+        for (int w : kWidths) {
+            SCOPED_TRACE(testing::Message() << bpp << " bits, width " << w);
+            CDIBitmap b;
+            MakeNoisy(b, w, 2, bpp, rng);
+            std::vector<BYTE> before = Bytes(b);
+            b.Mirror();
+            size_t stride = Stride(w, bpp), n = (size_t)bpp / 8;
+            std::vector<BYTE> expect = before;
+            for (size_t y = 0; y < 2; ++y)
+                for (size_t x = 0; x < (size_t)w; ++x)
+                    std::memcpy(&expect[y * stride + n * x], &before[y * stride + n * ((size_t)w - 1 - x)], n);
+            EXPECT_EQ(Bytes(b), expect);
+        }
+}
+
+TEST(DibRows, SquareQuarterTurnsMatchTheTurnOfANewBlock) {
+    std::mt19937 rng(3);
+    for (int bpp : {8, 24, 32})
+        for (int side : {1, 2, 3, 31, 32, 33, 63, 64, 65, 97}) {
+            SCOPED_TRACE(testing::Message() << bpp << " bits, side " << side);
+            CDIBitmap b;
+            MakeNoisy(b, side, side, bpp, rng);
+            size_t stride = Stride(side, bpp), n = (size_t)bpp / 8;
+            for (auto angle : {CDIBitmap::eRotate90, CDIBitmap::eRotate270}) {
+                std::vector<BYTE> before = Bytes(b), expect(before.size(), 0);
+                for (int y = 0; y < side; ++y)
+                    for (int x = 0; x < side; ++x) {
+                        int sx = angle == CDIBitmap::eRotate90 ? side - 1 - y : y;
+                        int sy = angle == CDIBitmap::eRotate90 ? x : side - 1 - x;
+                        std::memcpy(&expect[y * stride + n * x], &before[sy * stride + n * sx], n);
+                    }
+                b.Rotate(angle);
+                ASSERT_EQ(Bytes(b), expect);  // padding cleared
+            }
+        }
+}
+
+TEST(DibRows, ResizeTakesTheNearestOrMiddlePixelOfEachRowAndColumn) {
+    std::mt19937 rng(9);
+    struct Case {
+        int w, h, nw, nh;
+    } cases[] = {{5, 4, 7, 9}, {33, 17, 100, 18}, {3, 3, 3, 8}, {64, 9, 65, 9}, {40, 30, 13, 7}, {17, 5, 16, 5}, {9, 21, 2, 20}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.w << "x" << c.h << " to " << c.nw << "x" << c.nh);
+        CDIBitmap b;
+        MakeNoisy(b, c.w, c.h, 24, rng);
+        CDIBitmap src;
+        src.CopyFrom(b);
+        ASSERT_EQ(b.Resize(CSize(c.nw, c.nh)), 1);
+        double sx = (double)c.nw / c.w, sy = (double)c.nh / c.h;
+        // Enlarging: trunc(i / s). Shrinking: the middle of the run of source indexes r with
+        // trunc(r * s) == i.
+        auto pick = [](int i, int from, double s, bool nearest) {
+            if (nearest) return (int)(i / s);
+            int first = -1, end = -1;
+            for (int r = 0; r < from; ++r)
+                if ((int)(r * s) == i) {
+                    if (first < 0) first = r;
+                    end = r + 1;
+                }
+            return (first + end) / 2;
+        };
+        bool grow = c.nw >= c.w && c.nh >= c.h;
+        std::vector<BYTE> expect((size_t)b.GetBitsSize(), 0);
+        size_t stride = Stride(c.nw, 24), srcStride = Stride(c.w, 24);
+        for (int y = 0; y < c.nh; ++y)
+            for (int x = 0; x < c.nw; ++x) {
+                int fx = pick(x, c.w, sx, grow);
+                int fy = pick(y, c.h, sy, grow);
+                std::memcpy(&expect[y * stride + 3 * x], src.GetBits() + fy * srcStride + 3 * fx, 3);
+            }
+        EXPECT_EQ(Bytes(b), expect);
+    }
+}
+
+TEST(DibRows, ColourAdjustmentsOfWholeRowsMatchThoseOfSinglePixels) {
+    // The same adjustment on a wide picture (whole rows, vector kernels) and on each of its
+    // pixels alone (a 1 x 1 picture, one pixel at a time).
+    using Adjust = void (*)(CDIBitmap&);
+    const Adjust adjustments[] = {
+        [](CDIBitmap& b) { b.AdjustBrightness(37); },      [](CDIBitmap& b) { b.AdjustBrightness(-200); },
+        [](CDIBitmap& b) { b.AdjustContrast(63); },        [](CDIBitmap& b) { b.AdjustContrast(-45); },
+        [](CDIBitmap& b) { b.AdjustContrastBrightness(-30, 90); }, [](CDIBitmap& b) { b.AdjustRGB(12, -7, 255); },
+    };
+    std::mt19937 rng(13);
+    for (int bpp : {24, 32})
+        for (size_t a = 0; a < std::size(adjustments); ++a) {
+            SCOPED_TRACE(testing::Message() << bpp << " bits, adjustment " << a);
+            CDIBitmap wide;
+            MakeNoisy(wide, 150, 2, bpp, rng);
+            CDIBitmap before;
+            before.CopyFrom(wide);
+            adjustments[a](wide);
+            for (int y = 0; y < 2; ++y)
+                for (int x = 0; x < 150; ++x) {
+                    CDIBitmap one;
+                    one.Create(1, 1, (WORD)bpp);
+                    one.SetPixelValue(CPoint(0, 0), before.GetPixelValue(CPoint(x, y)));
+                    adjustments[a](one);
+                    ASSERT_EQ(wide.GetPixelValue(CPoint(x, y)), one.GetPixelValue(CPoint(0, 0))) << x << "," << y;
+                }
+            // The padding bytes after each row are not part of any pixel and stay as they were.
+            size_t stride = Stride(150, bpp), used = 150 * (size_t)bpp / 8;
+            for (size_t y = 0; y < 2; ++y)
+                for (size_t i = used; i < stride; ++i) EXPECT_EQ(wide.GetBits()[y * stride + i], before.GetBits()[y * stride + i]);
+        }
+}

@@ -1,0 +1,70 @@
+// Whole-row kernels of the bitmap operations (not exported). Each computes, for a run of
+// pixels, exactly what the per-pixel primitives would; callers fall back to the primitives
+// wherever a rule needs them (odd depths, masks, short pixel blocks).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "utils/framework/wintypes.h"
+
+namespace qm::dib {
+
+// `width` pixels of depth 1, 4, 8 (through `palette`, 0x00RRGGBB per index), 16 (5-5-5),
+// 24 or 32 bits written as 3-byte blue-green-red pixels; exactly 3 * width bytes of `out`
+// are written.
+// `channels`, when given for 8 bits, holds the palette's blue, green and red bytes as three
+// tables of 256 (for the 64-byte kernels).
+void RowTo24(const BYTE* in, BYTE* out, std::size_t width, int bpp, const std::uint32_t* palette,
+             const BYTE* channels = nullptr);
+
+// Each pixel of 3 or 4 bytes becomes grey (blue + green + red) / 3 in its three colour
+// bytes; a fourth byte becomes 0. `scratch` holds at least width * pixelBytes bytes.
+void GreyRow(BYTE* row, std::size_t width, std::size_t pixelBytes, BYTE* scratch);
+
+// Reverses the order of the `width` pixels of `pixelBytes` bytes at the start of `row`;
+// `scratch` holds at least width * pixelBytes + 8 bytes.
+void MirrorRow(BYTE* row, std::size_t width, std::size_t pixelBytes, BYTE* scratch);
+
+// out[i] = the 3-byte pixel at byte offset offsets[i] of `in`, for i < count; `inBytes`
+// bytes of `in` may be read.
+void GatherRow24(BYTE* out, const BYTE* in, std::size_t inBytes, const std::uint32_t* offsets, std::size_t count);
+
+// A quarter turn of a square picture of whole-byte pixels (1, 3 or 4 bytes) in its own
+// block. Clockwise, storage pixel (x, y) takes the old pixel (side - 1 - y, x); counter-
+// clockwise, the old pixel (y, side - 1 - x). Padding bytes are not written.
+void QuarterTurnInPlace(BYTE* bits, std::uint64_t stride, int side, std::size_t pixelBytes, bool clockwise);
+
+}  // namespace qm::dib
+
+namespace qm::dib {
+
+// Kernels on 64-byte vectors, for processors that have them (checked once, at first use).
+bool HasByteShuffle512();
+// p[i] = table[p[i]] for i < n.
+void MapBytes512(BYTE* p, std::size_t n, const BYTE* table);
+// The first pixels of MirrorRow for 3-byte pixels from a copy of the row (with 8 spare bytes);
+// returns how many pixels of `out` were written.
+std::size_t MirrorRow24_512(BYTE* out, const BYTE* in, std::size_t width);
+// The first pixels of GreyRow for 3-byte pixels from a copy of the row; returns how many
+// pixels were written.
+std::size_t GreyRow24_512(BYTE* row, const BYTE* copy, std::size_t width);
+
+
+// The first pixels of RowTo24 for 8 bits, 64 at a time; returns how many were written.
+std::size_t Palette8To24_512(BYTE* out, const BYTE* in, std::size_t width, const BYTE* channels);
+
+// Byte indexes for GatherRow24_512: for each run of 16 target pixels whose source pixels lie
+// within 128 bytes, where that window starts and which of its bytes each target byte takes.
+struct GatherPlan {
+    std::size_t runs = 0;  // leading runs that have a window
+    std::vector<std::uint32_t> start;
+    std::vector<BYTE> index;  // 64 per run
+};
+void PlanGather24(const std::uint32_t* offsets, std::size_t count, GatherPlan& plan);
+// GatherRow24 for the planned runs whose window lies inside the `inBytes` readable bytes;
+// returns how many target pixels were written (16 per run, from the first).
+std::size_t GatherRow24_512(BYTE* out, const BYTE* in, std::size_t inBytes, const GatherPlan& plan);
+
+}  // namespace qm::dib
