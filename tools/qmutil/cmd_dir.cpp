@@ -46,6 +46,15 @@ int RunMake(const Args& a) {
 
 int RunRemove(const Args& a) {
     qmutil::RequireArgs(a, 1, "dir remove PATH");
+    // Only folders: the shell's delete would also take a file or a device, deleting it outright
+    // where the trash cannot hold it.
+    if (!FileSystem::FileExists(a[0].c_str())) throw qmutil::UsageError("'" + a[0] + "': no such folder");
+    // A folder is what its parent lists as one (a root has no parent and is one).
+    CString path(a[0].c_str());
+    while (path.GetLength() > 1 && (path.Right(1) == "\\" || path.Right(1) == "/")) path = path.Left(path.GetLength() - 1);
+    CString parent = FileSystem::ExtractPath(path), name = path.Mid(parent.GetLength());
+    if (!name.IsEmpty() && name.Right(1) != ":" && !FileSystem::CFileItr(parent, name).IsDirectory())
+        throw qmutil::UsageError("'" + a[0] + "': not a folder");
     if (!FileSystem::RemoveFolder(a[0].c_str())) return qmutil::ReportFailure("remove", a[0]);
     std::printf("removed %s (to the trash where it can go)\n", a[0].c_str());
     return 0;

@@ -32,6 +32,7 @@
 
 #include "utils/platform/posix/files_internal.h"
 #include "utils/platform/posix/name_cache.h"
+#include "utils/platform/posix/temp_folder.h"
 
 namespace qm::platform {
 
@@ -224,9 +225,9 @@ BOOL FolderSetCurrent(LPCSTR path) {
 }
 
 DWORD TempFolderGet(DWORD bufferLength, LPSTR buffer) {
-    const char* tmp = std::getenv("TMPDIR");
-    std::string native = tmp && *tmp == '/' ? tmp : "/tmp";
-    std::string path;
+    // The user's own folder under $TMPDIR or /tmp, never the shared one (temp_folder.cpp).
+    std::string native, path;
+    if (!posix::PrivateTempFolder(native)) return FailErrno(native);
     if (!WindowsFromNative(native, path)) {
         Fail(ERROR_PATH_NOT_FOUND);
         return 0;
@@ -267,7 +268,7 @@ UINT TempFileCreateName(LPCSTR pathName, LPCSTR prefix, UINT unique, LPSTR tempF
         std::string name = nameOf(n), native;
         if (!Native(name.c_str(), native)) return 0;
         // Created exclusively: a name another process took a moment ago is never shared.
-        int fd = open(native.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        int fd = open(native.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
         if (fd >= 0) {
             close(fd);
             names::Made(ParentOf(native), native.substr(native.rfind('/') + 1));
