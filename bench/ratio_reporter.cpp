@@ -4,6 +4,8 @@
 #include <map>
 #include <vector>
 
+#include "utils/common/TempList.h"
+
 namespace qmbench {
 
 namespace {
@@ -42,6 +44,8 @@ void AddRatio(const std::string& label, const std::string& numerator, const std:
 }
 
 int RunAndReport(int argc, char** argv) {
+    // A list file in the folder the benchmark was started from is not ours to act on.
+    DetachTempListInstance();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     RecordingReporter reporter;

@@ -15,6 +15,13 @@ if [ ! -f "$WINEPREFIX/system.reg" ]; then
   wineboot --init >/dev/null 2>&1 </dev/null
   wineserver -w
 fi
+# Wine links the user's Desktop, Documents, ... in the prefix to the HOME it was made with; the
+# tests get a folder of the build instead, never the user's own.
+home="$here/home"
+mkdir -p "$home"
+for link in "$WINEPREFIX/drive_c/users/$(id -un)"/*; do
+  if [ -L "$link" ] && [ "$(readlink "$link")" != "$home" ]; then ln -sfn "$home" "$link"; fi
+done
 out=$(mktemp "${TMPDIR:-/tmp}/wine-run.XXXXXX") || exit 1
 wine "$@" >"$out" 2>&1
 rc=$?

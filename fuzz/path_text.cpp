@@ -62,8 +62,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     qm::platform::SplitPathS(a, drive, sizeof drive, dir, sizeof dir, fname, sizeof fname, ext, sizeof ext);
     char joined[9];
     qm::platform::MakePathS(joined, sizeof joined, b, a, b, a);
-    // Names are at most 255 bytes on every file system the searches meet.
-    qm::platform::MatchWildcard(a, b.Left(255));
+    // Names are at most 255 bytes on every file system the searches meet, and a search pattern
+    // is at most a path long; the matcher's table is pattern x name, so a 4 KiB pattern would
+    // spend each run on one table of a million cells.
+    qm::platform::MatchWildcard(a.Left(MAX_PATH), b.Left(255));
     qm::platform::CanonicalizePathText(a.str());
     std::string combined;
     qm::platform::CombinePathText(a, b, combined);

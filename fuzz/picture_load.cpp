@@ -7,10 +7,15 @@
 
 #include "quiet_reports.h"
 #include "utils/common/DIB.h"
+#include "utils/platform/picture.h"
 #include "utils/platform/stream.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     qmfuzz::QuietReports();
+    // Pictures up to 256 x 256 reach every decoder path; the default limit of 16 Mi pixels
+    // would spend most runs decoding and converting rows of large declared sizes.
+    static const bool limited = (qm::platform::SetPictureLoadLimit(1u << 16), true);
+    (void)limited;
     IStream* stream = qm::platform::CreateMemoryStream(data, size);
     if (!stream) return 0;
     CDIBitmap bmp;

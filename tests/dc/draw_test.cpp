@@ -66,10 +66,12 @@ TEST(DIBDrawing, TransfersPutThePicturesSourceRectangleWhereAsked) {
         MemoryDC m(kFonts[0], 16, 16);
         m.dc.SetStretchBltMode(COLORONCOLOR);
 
-        // BitBlt: ySrc counted from the top.
-        m.dc.FillSolidRect(0, 0, 16, 16, kBackground);
-        bmp.BitBlt(m.dc.GetSafeHdc(), 2, 3, 3, 2, 1, 1);
-        ExpectDrawn(m.dc, CRect(2, 3, 5, 5), CRect(1, 1, 4, 3), "BitBlt");
+        // BitBlt: ySrc counted from the top, also from the top row itself.
+        for (int ySrc : {1, 0}) {
+            m.dc.FillSolidRect(0, 0, 16, 16, kBackground);
+            bmp.BitBlt(m.dc.GetSafeHdc(), 2, 3, 3, 2, 1, ySrc);
+            ExpectDrawn(m.dc, CRect(2, 3, 5, 5), CRect(1, ySrc, 4, ySrc + 2), "BitBlt");
+        }
 
         // StretchBlt: the source rectangle goes to GDI as it is, its y from the bottom row, so
         // (1, 0, 2, 2) is picture rows 2 and 3; here doubled.

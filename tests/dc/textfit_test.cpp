@@ -123,6 +123,7 @@ TEST(WordWrapString, Cases) {
     int cw = m.dc.GetTextExtent("x", 1).cx;
     const WrapCase cases[] = {
         {"aaa bbb", 5, "aaa \rbbb", 2},
+        {"aaa bbb", 3, "aaa \rbbb", 2},  // the first character that does not fit is the space
         {"abcdefghij", 4, "abcd\refgh\rij", 3},
         {"a\r\n\r\nb", 5, "a\r\rb", 3},
         {"", 5, "", 0},

@@ -80,6 +80,14 @@ TEST(SystemDiagnostics, NameVersionMemoryAndSecurity) {
         " *[0-9a-f]+ free Kbytes of extended memory\\.\\n"
         "Elevation type: [123]\\n");
     EXPECT_TRUE(std::regex_match(trace.Text(), shape)) << trace.Text();
+    // The virtual memory lines are hexadecimal: the total (a constant of the process) read back.
+    std::smatch total;
+    MEMORYSTATUSEX status = {};
+    status.dwLength = sizeof status;
+    ASSERT_TRUE(qm::platform::QueryMemoryStatus(&status));
+    const std::string text = trace.Text();
+    ASSERT_TRUE(std::regex_search(text, total, std::regex(" *([0-9a-f]+) total Kbytes of virtual memory")));
+    EXPECT_EQ(std::stoull(total[1].str(), nullptr, 16), status.ullTotalVirtual / 1024);
 }
 
 // Free space with a size adds the size rounded up to whole clusters. Other programs change
@@ -92,9 +100,9 @@ TEST(SystemDiagnostics, FreeDiskSpaceRoundsTheSizeToClusters) {
     const ULONGLONG cluster = (ULONGLONG)spc * bps;
     bool exact = false;
     for (int round = 0; round < 2000 && !exact; ++round) {
-        ULONGLONG plain = FreeDiskSpace(path, 0), one = FreeDiskSpace(path, 1),
+        ULONGLONG plain = FreeDiskSpace(path, 0), one = FreeDiskSpace(path, 1), whole = FreeDiskSpace(path, (DWORD)cluster),
                   more = FreeDiskSpace(path, (DWORD)cluster + 1), again = FreeDiskSpace(path, 0);
-        exact = plain == again && one == plain + cluster && more == plain + 2 * cluster;
+        exact = plain == again && one == plain + cluster && whole == plain + cluster && more == plain + 2 * cluster;
     }
     EXPECT_TRUE(exact);
     EXPECT_NE(FreeDiskSpace(), 0u);

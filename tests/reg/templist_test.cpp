@@ -138,39 +138,76 @@ TEST(TempFile, NoticesOutsideChangesAndEstimatesItsSize) {
     EXPECT_EQ(list.GetCount(), 1);
 }
 
-TEST(TempList, ProcessWideListDeletesRegisteredFiles) {
-    const std::string a = File("exit-a.tmp");
+// The test program detached the process-wide list at start; detaching again lets go of what
+// was registered without deleting it or writing the file it came from.
+TEST(TempList, ProcessWideListDetachesWithoutDeletingOrRewriting) {
+    const std::string a = File("exit-a.tmp"), b = File("exit-b.tmp"), first = File("first.lst"), second = File("second.lst");
     WriteFile(a, "a");
+    WriteFile(b, "b");
+    DetachTempListInstance(first.c_str());
     DeleteFileOnExit(a.c_str());
-    EXPECT_EQ(ReadFile(std::string(GetTempListInstance().GetListFileName())), ListBytes({a}));
+    EXPECT_EQ(ReadFile(first), ListBytes({a}));
+    DetachTempListInstance(second.c_str());
+    EXPECT_TRUE(GetTempListInstance().IsEmpty());
+    EXPECT_TRUE(Exists(a));
+    EXPECT_EQ(ReadFile(first), ListBytes({a}));
+    EXPECT_FALSE(Exists(second));
+    DeleteFileOnExit(b.c_str());
+    EXPECT_EQ(ReadFile(second), ListBytes({b}));
+    DeleteTemporaryFiles();
+    EXPECT_FALSE(Exists(b));
+    EXPECT_TRUE(Exists(a));
+    EXPECT_EQ(ReadFile(second), "");
+    DetachTempListInstance();  // in memory only: no file is written for what follows
+    DeleteFileOnExit(a.c_str());
+    EXPECT_EQ(ReadFile(second), "");
+    EXPECT_EQ(GetTempListInstance().GetListFileName(), CString());
     DeleteTemporaryFiles();
     EXPECT_FALSE(Exists(a));
-    EXPECT_EQ(ReadFile(std::string(GetTempListInstance().GetListFileName())), "");
 }
 
-// A program started in a folder that holds a list file adopts its entries at load and
-// deletes them when it ends: this test program itself, run once more in such a folder.
-TEST(TempList, ANewProcessAdoptsTheListOfItsFolderAndDeletesAtUnload) {
+namespace {
+
+// Runs a program of the test's folder (this program when name is empty) with `arguments`, its
+// current folder set to `folder`; its exit code.
+int RunIn(const std::string& folder, const std::string& name, const std::string& arguments) {
+    char exe[MAX_PATH + 1] = {};
+    if (qm::platform::GetExecutableFileName(exe, MAX_PATH) == 0) return -1;
+    std::string program = exe;
+    if (!name.empty()) program = std::string(FileSystem::ExtractPath(exe)) + name;
+    std::string native;
+    if (!qm::platform::ToNativePath(program.c_str(), native)) return -1;
+#if defined(_WIN32)
+    if (!name.empty()) native += ".exe";
+    const std::string command = "\"\"" + native + "\" " + arguments + " >NUL\"";
+#else
+    const std::string command = "'" + native + "' " + arguments + " >/dev/null";
+#endif
+    const CString previous = FileSystem::GetCurrentDirectory();
+    if (!FileSystem::SetCurrentDirectory(folder.c_str())) return -1;
+    int rc = std::system(command.c_str());
+    FileSystem::SetCurrentDirectory(previous);
+    return rc;
+}
+
+}  // namespace
+
+// A host that keeps the load-time adoption, started in a folder that holds a list file, adopts
+// its entries and deletes them when it ends; a test program started there leaves the files
+// and the list file as they were.
+TEST(TempList, OnlyAnAdoptingHostActsOnTheListOfItsStartFolder) {
     const std::string folder = File("adopt\\"), a = folder + "left-a.tmp", b = folder + "left-b.tmp";
+    const std::string list = folder + "tempfiles.lst", listed = ListBytes({a, b});
     FileSystem::MakePath(folder.c_str());
     WriteFile(a, "a");
     WriteFile(b, "b");
-    WriteFile(folder + "tempfiles.lst", a + "\n" + b + "\n");
-    char exe[MAX_PATH + 1] = {};
-    ASSERT_GT(qm::platform::GetExecutableFileName(exe, MAX_PATH), 0u);
-    std::string native;
-    ASSERT_TRUE(qm::platform::ToNativePath(exe, native));
-#if defined(_WIN32)
-    const std::string command = "\"\"" + native + "\" --gtest_list_tests >NUL\"";
-#else
-    const std::string command = "'" + native + "' --gtest_list_tests >/dev/null";
-#endif
-    const CString previous = FileSystem::GetCurrentDirectory();
-    ASSERT_TRUE(FileSystem::SetCurrentDirectory(folder.c_str()));
-    int rc = std::system(command.c_str());
-    FileSystem::SetCurrentDirectory(previous);
-    EXPECT_EQ(rc, 0);
+    WriteFile(list, listed);
+    EXPECT_EQ(RunIn(folder, "", "--gtest_list_tests"), 0);
+    EXPECT_TRUE(Exists(a));
+    EXPECT_TRUE(Exists(b));
+    EXPECT_EQ(ReadFile(list), listed);
+    EXPECT_EQ(RunIn(folder, "qm_adopting_host", ""), 0);
     EXPECT_FALSE(Exists(a));
     EXPECT_FALSE(Exists(b));
-    EXPECT_EQ(ReadFile(folder + "tempfiles.lst"), "");
+    EXPECT_EQ(ReadFile(list), "");
 }

@@ -2,10 +2,12 @@
 // and finish messages.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <list>
 #include <memory>
 #include <mutex>
 #include <random>
+#include <thread>
 #include <vector>
 
 #include "tests/support/recording_sink.h"
@@ -170,8 +172,22 @@ TEST_F(Scheduler, FinishedObjectWithNegativeLoopStaysUntilAbandoned) {
     Ticks(clock, 3);
     EXPECT_FALSE(Deleted(1));
     EXPECT_EQ(TheJournal().Get(1).executed, 1);
-    // A finished object can be launched again by hand.
+    // A finished object can be launched again by hand; while the second run executes it is
+    // not finished, and waiting for it waits for that run.
+    auto release = std::make_shared<std::atomic<bool>>(false), done = std::make_shared<std::atomic<bool>>(false);
+    p->body = [release, done](Probe&) {
+        while (!*release) Sleep(1);
+        *done = true;
+    };
     ASSERT_TRUE(p->Launch());
+    EXPECT_FALSE(p->IsFinished());
+    std::thread releaser([release] {
+        Sleep(50);
+        *release = true;
+    });
+    EXPECT_TRUE(p->WaitForThreadFinish());
+    EXPECT_TRUE(*done);
+    releaser.join();
     ASSERT_TRUE(PumpUntil([&] { return TheJournal().Get(1).finished == 2; }));
     p->Abandom();
     Ticks(clock, 1);

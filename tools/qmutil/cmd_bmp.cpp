@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "command.h"
+#include "input_file.h"
 #include "terminal_frame.h"
 #include "utils/common/CVLogger.h"
 #include "utils/common/DIB.h"
@@ -67,6 +68,7 @@ std::string WhyRefused(const std::string& path) {
 }
 
 void Load(CDIBitmap& b, const std::string& path) {
+    qmutil::CheckInputFile(path, qmutil::kMaxPictureBytes);
     Quiet quiet;
     CFile file;
     CFileException error;
@@ -82,6 +84,7 @@ void Load(CDIBitmap& b, const std::string& path) {
 }
 
 void Save(CDIBitmap& b, const std::string& path) {
+    qmutil::CheckOutputFile(path);
     try {
         CFile file(path.c_str(), CFile::modeCreate | CFile::modeWrite);
         b.Save(file, true);

@@ -7,15 +7,15 @@
 #include <vector>
 
 #include "command.h"
+#include "input_file.h"
 #include "utils/common/DIB.h"
 #include "utils/platform/stream.h"
 
 namespace {
 
 int Convert(const std::string& in, const std::string& out) {
-    std::ifstream file(in, std::ios::binary);
-    if (!file) throw qmutil::UsageError("cannot read '" + in + "'");
-    std::vector<char> bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    const std::string bytes = qmutil::ReadInputFile(in, qmutil::kMaxPictureBytes, false);
+    qmutil::CheckOutputFile(out);
     IStream* stream = qm::platform::CreateMemoryStream(bytes.data(), bytes.size());
     if (!stream) throw qmutil::UsageError("out of memory reading '" + in + "'");
     CDIBitmap bmp;

@@ -46,6 +46,11 @@ int RunMake(const Args& a) {
 
 int RunRemove(const Args& a) {
     qmutil::RequireArgs(a, 1, "dir remove PATH");
+    // Only folders: the shell's delete would also take a file or a device, deleting it outright
+    // where the trash cannot hold it.
+    const DWORD attributes = qm::platform::GetFileAttributesA(a[0].c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) throw qmutil::UsageError("'" + a[0] + "': no such folder");
+    if (!(attributes & FILE_ATTRIBUTE_DIRECTORY)) throw qmutil::UsageError("'" + a[0] + "': not a folder");
     if (!FileSystem::RemoveFolder(a[0].c_str())) return qmutil::ReportFailure("remove", a[0]);
     std::printf("removed %s (to the trash where it can go)\n", a[0].c_str());
     return 0;

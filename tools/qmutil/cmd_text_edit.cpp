@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "command.h"
+#include "input_file.h"
 #include "utils/common/utils_text.h"
 
 namespace {
@@ -17,16 +18,10 @@ namespace {
 using Args = std::vector<std::string>;
 
 // "-" is standard input.
-std::string ReadFile(const std::string& path) {
-    if (path == "-") return std::string(std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>());
-    std::ifstream in(path, std::ios::binary);
-    if (!in) throw qmutil::UsageError("cannot read '" + path + "'");
-    std::ostringstream buf;
-    buf << in.rdbuf();
-    return buf.str();
-}
+std::string ReadFile(const std::string& path) { return qmutil::ReadInputFile(path, qmutil::kMaxTextBytes, true); }
 
 void WriteFile(const std::string& path, const std::string& data) {
+    qmutil::CheckOutputFile(path);
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     if (!out || !out.write(data.data(), (std::streamsize)data.size()))
         throw qmutil::UsageError("cannot write '" + path + "'");

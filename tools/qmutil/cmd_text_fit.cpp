@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "command.h"
+#include "input_file.h"
 #include "utils/common/mfcutils.h"
 
 namespace {
@@ -109,17 +110,8 @@ int Wrap(const Options& o, const std::string& text) {
 int RunWrap(const Args& args) {
     Options o = Parse(args, kWrapUsage);
     const std::string& path = o.positional[0];
-    std::string text;
-    if (path == "-") {
-        text.assign(std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>());
-    } else {
-        std::ifstream in(path, std::ios::binary);
-        if (!in) throw qmutil::UsageError("cannot read '" + path + "'");
-        std::ostringstream buf;
-        buf << in.rdbuf();
-        text = buf.str();
-    }
-    if (text.size() >= 16000) throw qmutil::UsageError("the text must be shorter than 16000 characters");
+    // The word wrap takes texts below 16000 characters.
+    const std::string text = qmutil::ReadInputFile(path, 15999, true);
     return Wrap(o, text);
 }
 

@@ -8,16 +8,13 @@
 #include <vector>
 
 #include "command.h"
+#include "input_file.h"
 #include "terminal_frame.h"
 #include "utils/common/utils_mail.h"
 
 namespace {
 
-std::string ReadFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) throw qmutil::UsageError("cannot read '" + path + "'");
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
+std::string ReadFile(const std::string& path) { return qmutil::ReadInputFile(path, qmutil::kMaxTextBytes, true); }
 
 // Texts above this size show progress (one step per block) and can be cancelled.
 constexpr size_t kLongText = 256 * 1024;

@@ -4,10 +4,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
+#include <new>
 #include <string>
 #include <vector>
 
 #include "command.h"
+#include "utils/common/TempList.h"
+#include "utils/framework/exceptions.h"
 
 namespace qmutil {
 
@@ -55,6 +59,9 @@ void PrintUsage(FILE* out) {
         std::string name = std::string(c.name) + (c.action ? std::string(" ") + c.action : "");
         std::fprintf(out, "  %-18s %s\n", name.c_str(), c.summary);
     }
+    std::fprintf(out, "\nFiles are read whole up to a limit: text 64 MiB (text wrap: 15,999 bytes), pictures\n"
+                      "256 MiB, temporary-file lists 16 MiB. A missing, empty or special file (a folder, a\n"
+                      "device, a FIFO), a larger one, or a binary file given as text is refused with exit code 2.\n");
 }
 
 int RunTour() {
@@ -73,6 +80,9 @@ int RunTour() {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // qmutil is started from any folder: a "tempfiles.lst" there belongs to someone else and is
+    // neither acted on nor rewritten. "qmutil temp" works on the list file it is given.
+    DetachTempListInstance();
     std::setlocale(LC_ALL, "");
     if (argc < 2 || !std::strcmp(argv[1], "--help") || !std::strcmp(argv[1], "-h")) {
         PrintUsage(argc < 2 ? stderr : stdout);
@@ -107,6 +117,19 @@ int main(int argc, char** argv) {
                                  (args.empty() ? std::string() : " ('" + args[0] + "')") + " (see qmutil " + name + " --help)");
     } catch (const qmutil::UsageError& e) {
         std::fprintf(stderr, "qmutil: %s\n", e.what());
+        return 2;
+    } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "qmutil: %s: out of memory\n", name.c_str());
+        return 2;
+    } catch (const std::exception& e) {
+        // Whatever a command did not turn into a message of its own ends the run with one line.
+        std::fprintf(stderr, "qmutil: %s: %s\n", name.c_str(), e.what());
+        return 2;
+    } catch (CException* e) {
+        char text[512] = "";
+        e->GetErrorMessage(text, sizeof text);
+        e->Delete();
+        std::fprintf(stderr, "qmutil: %s: %s\n", name.c_str(), text[0] ? text : "file error");
         return 2;
     }
 }

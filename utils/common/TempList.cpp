@@ -9,6 +9,7 @@
 #include "utils/common/mfcutils_settings.h"
 #include "utils/common/utils_files.h"
 #include "utils/platform/files.h"
+#include "utils/platform/tempfiles.h"
 #include "utils/platform/userfiles.h"
 
 #define QM_SOURCE_MODULE "Common\\TempList"
@@ -78,7 +79,29 @@ void CTempFile::SetList(CTempList* pList, POSITION pos) {
 // ---------------------------------------------------------------------------------------
 // CTempList
 
-CTempList::CTempList(const char* pListFileName) : m_csListFileName(pListFileName) { LoadTempFiles(); }
+CTempList::CTempList(const char* pListFileName) : m_csListFileName(pListFileName) {
+    // The adopted entries are written once, at the end, and only when the file does not hold
+    // exactly them already: a list file that is already in the written form is left untouched
+    // (same file, mode and time), and a crash while adopting leaves the old, complete file.
+    m_bSavingSuspended = 1;
+    LoadTempFiles();
+    m_bSavingSuspended = 0;
+    if (!IsEmpty() && !FileHoldsList()) SaveTempFiles();
+}
+
+bool CTempList::FileHoldsList() const {
+    std::string expected;
+    for (POSITION pos = GetHeadPosition(); pos;) {
+        const CTempFile* pTemp = GetNext(pos);
+        if (pTemp) expected.append(pTemp->GetPath().GetString()).append("\r\n");
+    }
+    FILE* file = qm::platform::OpenFileStream(m_csListFileName, "rb");
+    if (!file) return false;
+    std::string actual(expected.size() + 1, '\0');
+    actual.resize(std::fread(actual.data(), 1, actual.size(), file));
+    std::fclose(file);
+    return actual == expected;
+}
 
 CTempList::~CTempList() { RemoveAll(); }
 
@@ -130,6 +153,20 @@ void CTempList::SuspendSaving(bool bSuspend) {
     if (wasSuspended && !bSuspend) SaveTempFiles();
 }
 
+void CTempList::Detach(const char* pListFileName) {
+    // The entries leave without being destroyed through the list: no file is deleted and
+    // nothing is written while they go.
+    while (!IsEmpty()) {
+        CTempFile* pTemp = RemoveHead();
+        if (!pTemp) continue;
+        pTemp->SetList(nullptr, nullptr);
+        pTemp->SetPath("");
+        delete pTemp;
+    }
+    m_csListFileName = pListFileName ? pListFileName : "";
+    m_bPersisted = !m_csListFileName.IsEmpty();
+}
+
 void CTempList::ReadListFile(const char* pFileName, CStringList& paths) {
     if (!pFileName) return;
     FILE* file = qm::platform::OpenFileStream(pFileName, "r");
@@ -155,7 +192,9 @@ void CTempList::AppendTempFiles(const CStringList& paths) {
     for (POSITION pos = paths.GetHeadPosition(); pos;) new CTempFile(paths.GetNext(pos), this);
 }
 
-void CTempList::SaveTempFiles() { SaveTempFiles(m_csListFileName, *this); }
+void CTempList::SaveTempFiles() {
+    if (m_bPersisted) SaveTempFiles(m_csListFileName, *this);
+}
 
 void CTempList::SaveTempFiles(const char* pFileName) { SaveTempFiles(pFileName, *this); }
 
@@ -167,11 +206,10 @@ void CTempList::SaveTempFiles(const char* pFileName, const CList<CTempFile*, CTe
     // The new list goes to a fresh file beside the old one, which it then replaces.
     CString folder = FileSystem::ExtractPath(pFileName);
     if (folder.IsEmpty()) folder = ".";
+    // Made exclusively: a file or link someone else placed under that name is never opened.
     char newName[MAX_PATH + 1] = {};
-    FILE* pFile = nullptr;
-    if (qm::platform::GetTempFileNameA(folder, "qtl", 0, newName)) pFile = qm::platform::OpenFileStream(newName, "wb");
+    FILE* pFile = qm::platform::CreateTempFileStream(folder, "qtl", newName);
     if (!pFile) {
-        if (*newName) qm::platform::DeleteFileA(newName);
         CVASSERT_TEXT("pFile");
         return;
     }

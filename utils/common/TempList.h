@@ -72,6 +72,11 @@ public:
     void SuspendSaving(bool bSuspend);
     bool IsSavingSuspended() const { return m_bSavingSuspended != 0; }
 
+    // Lets go of every entry without deleting its file and without writing any list file,
+    // then writes from now on to pListFileName, or to no file at all when it is null or empty
+    // (the list is then kept in memory only). The file named before is left as it was.
+    void Detach(const char* pListFileName);
+
     // The entries of a list file by the reading rules (259-character pieces, trailing bytes
     // below 32 as signed values trimmed, empty lines dropped); empty when it cannot be read.
     static void ReadListFile(const char* pFileName, CStringList& paths);
@@ -86,8 +91,13 @@ protected:
     void AppendTempFiles(const CStringList& paths);
 
 private:
+    // Whether the list file holds exactly this list in the written form.
+    bool FileHoldsList() const;
+
     CString m_csListFileName;
     int m_bSavingSuspended = 0;
+    // False after Detach without a file: changes are kept in memory only.
+    bool m_bPersisted = true;
 };
 
 // Registers a file on the process-wide list; it is deleted at DeleteTemporaryFiles or when
@@ -97,3 +107,10 @@ MFCQMUTILS_API void DeleteFileOnExit(const char* pPath);
 MFCQMUTILS_API void DeleteTemporaryFiles();
 // The process-wide list, created at load from "tempfiles.lst" in the folder then current.
 MFCQMUTILS_API CTempList& GetTempListInstance();
+// Detaches the process-wide list from the list file it adopted at load: every adopted entry is
+// let go (no file is deleted, the adopted list file is not written again), and from then on the
+// list holds only what this run registers, written to pListFileName or, when that is null,
+// kept in memory only. A host that does not make its own data folder current before loading
+// the library calls this first thing in main, so that a "tempfiles.lst" that happens to lie in
+// whatever folder it was started from is never acted on.
+MFCQMUTILS_API void DetachTempListInstance(const char* pListFileName = nullptr);

@@ -28,3 +28,5 @@ CTempList& GetTempListInstance() {
 void DeleteFileOnExit(const char* pPath) { new (std::nothrow) CTempFile(pPath, &GetTempListInstance()); }
 
 void DeleteTemporaryFiles() { GetTempListInstance().RemoveAll(); }
+
+void DetachTempListInstance(const char* pListFileName) { GetTempListInstance().Detach(pListFileName); }

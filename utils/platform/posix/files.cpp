@@ -32,6 +32,7 @@
 
 #include "utils/platform/files_text.h"
 #include "utils/platform/posix/name_cache.h"
+#include "utils/platform/posix/temp_folder.h"
 
 namespace qm::platform {
 
@@ -1143,9 +1144,9 @@ BOOL SetCurrentDirectoryA(LPCSTR path) {
 }
 
 DWORD GetTempPathA(DWORD bufferLength, LPSTR buffer) {
-    const char* tmp = std::getenv("TMPDIR");
-    std::string native = tmp && *tmp == '/' ? tmp : "/tmp";
-    std::string path;
+    // The user's own folder under $TMPDIR or /tmp, never the shared one (temp_folder.cpp).
+    std::string native, path;
+    if (!posix::PrivateTempFolder(native)) return FailErrno(native);
     if (!WindowsFromNative(native, path)) {
         Fail(ERROR_PATH_NOT_FOUND);
         return 0;
@@ -1186,7 +1187,7 @@ UINT GetTempFileNameA(LPCSTR pathName, LPCSTR prefix, UINT unique, LPSTR tempFil
         std::string name = nameOf(n), native;
         if (!Native(name.c_str(), native)) return 0;
         // Created exclusively: a name another process took a moment ago is never shared.
-        int fd = open(native.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        int fd = open(native.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
         if (fd >= 0) {
             close(fd);
             names::Made(ParentOf(native), native.substr(native.rfind('/') + 1));

@@ -1,6 +1,7 @@
 #include "utils/platform/picture.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <cstdlib>
 #include <mutex>
@@ -33,6 +34,7 @@ namespace {
 // Pictures beyond this many pixels (16 Mi, a 4096 x 4096 square) are refused before they
 // are decoded, so that one picture never needs more than a few 64 MiB blocks.
 constexpr std::uint64_t kMaxPixels = 1ull << 24;
+std::atomic<std::uint64_t> g_maxPixels{kMaxPixels};
 // Streams beyond this size are refused rather than read into memory.
 constexpr std::uint64_t kMaxStream = 1ull << 30;
 
@@ -93,13 +95,15 @@ LONG ToHimetric(int px) { return MulDiv(px, 2540, gdi::kLogPixels); }
 
 }  // namespace
 
+std::uint64_t SetPictureLoadLimit(std::uint64_t pixels) { return g_maxPixels.exchange(pixels); }
+
 Picture* PictureLoad(IStream* stream) {
     std::vector<unsigned char> data;
     if (!stream || !ReadAll(stream, data) || data.empty() || data.size() > 0x7FFFFFFF) return nullptr;
     if (data.size() >= 2 && data[0] == 0xFF && data[1] == 0xD8 && !JpegTablesSane(data)) return nullptr;
     int w = 0, h = 0, n = 0;
     if (!stbi_info_from_memory(data.data(), (int)data.size(), &w, &h, &n) || w < 1 || h < 1 ||
-        (std::uint64_t)w * (std::uint64_t)h > kMaxPixels)
+        (std::uint64_t)w * (std::uint64_t)h > g_maxPixels.load())
         return nullptr;
     unsigned char* rgba = stbi_load_from_memory(data.data(), (int)data.size(), &w, &h, &n, 4);
     if (!rgba) return nullptr;

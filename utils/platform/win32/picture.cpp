@@ -8,6 +8,13 @@ namespace {
 const GUID kIIDPicture = {0x7bf80980, 0xbf32, 0x101a, {0x8b, 0xbb, 0x00, 0xaa, 0x00, 0x30, 0x0c, 0xab}};
 }
 
+std::uint64_t SetPictureLoadLimit(std::uint64_t pixels) {
+    static std::uint64_t limit = 1ull << 24;
+    std::uint64_t previous = limit;
+    limit = pixels;
+    return previous;
+}
+
 Picture* PictureLoad(IStream* stream) {
     IPicture* picture = nullptr;
     if (!stream || FAILED(OleLoadPicture(stream, 0, FALSE, kIIDPicture, (void**)&picture))) return nullptr;
