@@ -11,7 +11,7 @@
 
 #include "utils/common/CVLogger.h"
 #include "utils/common/DIB.h"
-#include "utils/common/DIB_rows.h"
+#include "utils/common/DIB_rows_internal.h"
 
 #define QM_SOURCE_MODULE "Common\\DIB"
 

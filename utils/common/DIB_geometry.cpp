@@ -14,7 +14,7 @@
 #include "utils/common/CVLogger.h"
 #include "utils/common/DIB.h"
 #include "utils/common/DIB_internal.h"
-#include "utils/common/DIB_rows.h"
+#include "utils/common/DIB_rows_internal.h"
 #include "utils/platform/pixelblock.h"
 
 #define QM_SOURCE_MODULE "Common\\DIB"

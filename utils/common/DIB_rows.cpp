@@ -1,7 +1,7 @@
 // Whole-row kernels of the bitmap operations. Pixels of three bytes are moved several at a
 // time through 4- and 8-byte words (the machine is little-endian on every target built
 // here); SSE2, present on every x86 target, carries the grey conversion.
-#include "utils/common/DIB_rows.h"
+#include "utils/common/DIB_rows_internal.h"
 
 #include <algorithm>
 #include <cstring>

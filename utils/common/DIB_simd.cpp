@@ -3,7 +3,7 @@
 // processor, so the library still runs on every x86 processor with SSE2.
 #include <cstring>
 
-#include "utils/common/DIB_rows.h"
+#include "utils/common/DIB_rows_internal.h"
 
 #if defined(__x86_64__) || defined(__i386__)
 #include <immintrin.h>

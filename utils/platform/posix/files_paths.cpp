@@ -3,7 +3,6 @@
 // does not exist, shares reached through network mounts, the last error and the system's
 // error texts. Names are bytes: they go to the file system unchanged (no code-page
 // conversion).
-#include <dirent.h>
 #include <errno.h>
 #include <sys/stat.h>
 #include <unistd.h>
