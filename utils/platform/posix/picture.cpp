@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <mutex>
 #include <vector>
 
@@ -95,6 +96,23 @@ bool JpegTablesSane(const std::vector<unsigned char>& d) {
     return true;
 }
 
+// stb_image grows its buffer for compressed PNG data by each chunk's declared length before it
+// reads the chunk, so a few bytes that declare a 2 GiB chunk would make it ask for 2 GiB. A PNG
+// whose chunks (up to the end chunk) do not all lie within the data is refused before decoding.
+bool PngChunksFit(const std::vector<unsigned char>& d) {
+    static const unsigned char kSignature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+    if (d.size() < 8 || std::memcmp(d.data(), kSignature, 8) != 0) return true;  // not a PNG
+    size_t pos = 8;
+    while (pos + 12 <= d.size()) {
+        const std::uint32_t length = ((std::uint32_t)d[pos] << 24) | ((std::uint32_t)d[pos + 1] << 16) |
+                                     ((std::uint32_t)d[pos + 2] << 8) | d[pos + 3];
+        if (length > d.size() - pos - 12) return false;
+        if (std::memcmp(&d[pos + 4], "IEND", 4) == 0) return true;
+        pos += 12 + (size_t)length;
+    }
+    return false;  // no end chunk within the data
+}
+
 // HIMETRIC extent of a pixel count at the screen's 96 pixels per inch.
 LONG ToHimetric(int px) { return MulDiv(px, 2540, gdi::kLogPixels); }
 
@@ -106,6 +124,7 @@ Picture* PictureLoad(IStream* stream) {
     std::vector<unsigned char> data;
     if (!stream || !ReadAll(stream, data) || data.empty() || data.size() > 0x7FFFFFFF) return nullptr;
     if (data.size() >= 2 && data[0] == 0xFF && data[1] == 0xD8 && !JpegTablesSane(data)) return nullptr;
+    if (!PngChunksFit(data)) return nullptr;
     int w = 0, h = 0, n = 0;
     if (!stbi_info_from_memory(data.data(), (int)data.size(), &w, &h, &n) || w < 1 || h < 1 ||
         (std::uint64_t)w * (std::uint64_t)h > g_maxPixels.load())
