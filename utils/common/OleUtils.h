@@ -1,7 +1,10 @@
-// OLE helpers of the library: taking a bitmap out of a metafile picture.
+// OLE helpers of the library: taking a bitmap out of a metafile picture, object descriptors,
+// FORMATETC and STGMEDIUM structures.
 #pragma once
 
 #include "utils/common/DIB.h"
+#include "utils/framework/CString.h"
+#include "utils/framework/objidl.h"
 #include "utils/framework/winclipboard.h"
 #include "utils/framework/export.h"
 
@@ -10,3 +13,43 @@
 // first. Returns non-zero when the bitmap holds a picture afterwards. A DIB that does not fit
 // inside its record is not taken.
 MFCQMUTILS_API int OleUIMetafilePictExtract(CDIBitmap& bitmap, METAFILEPICT* lpmfp);
+
+// ---- Object descriptors ------------------------------------------------------------------
+// The block that OLE data transfer offers under the "Object Descriptor" format: the 52-byte
+// OBJECTDESCRIPTOR, then the full user type name and the source of copy as NUL-terminated
+// UTF-16 strings. dwFullUserTypeName is 52 (0 without a type name); without a source (or with
+// an empty one) the type name stands for it; cbSize counts the whole block. The strings are
+// ANSI text here and become UTF-16 in the block.
+
+// A movable global block the caller owns (GlobalFree, or the clipboard once handed over);
+// null when out of memory.
+MFCQMUTILS_API HGLOBAL OleCreateObjectDescriptor(REFCLSID clsid, DWORD dwDrawAspect, SIZEL sizel, POINTL pointl,
+                                                DWORD dwStatus, LPCTSTR lpszFullUserTypeName,
+                                                LPCTSTR lpszSrcOfCopy);
+// Reads a descriptor block back: the fixed part and both strings (characters ANSI cannot hold
+// become '?'). A block shorter than the fixed part, whose cbSize is below 52 or beyond the
+// block, or whose offsets point outside it or to a string without its terminator inside it, is
+// refused: 0, with od zeroed and both strings empty.
+MFCQMUTILS_API BOOL OleReadObjectDescriptor(HGLOBAL hObjDesc, OBJECTDESCRIPTOR& od, CString& strFullUserTypeName,
+                                            CString& strSrcOfCopy);
+// The same over bytes in memory.
+MFCQMUTILS_API BOOL OleParseObjectDescriptor(const void* pData, size_t nSize, OBJECTDESCRIPTOR& od,
+                                             CString& strFullUserTypeName, CString& strSrcOfCopy);
+
+// ---- Format structures -------------------------------------------------------------------
+// A FORMATETC for a clipboard format: no target device, all of the data (lindex -1).
+MFCQMUTILS_API void OleFillFormatEtc(FORMATETC& formatEtc, CLIPFORMAT cfFormat, DWORD tymed = TYMED_HGLOBAL,
+                                     DWORD dwAspect = DVASPECT_CONTENT);
+// A STGMEDIUM holding a global block, a stream or a storage, with no pUnkForRelease: the
+// medium owns what it holds, so OleReleaseStgMedium frees the block or releases the
+// interface. Streams and storages are AddRef'ed here (the caller keeps its own reference).
+// A null handle or interface gives an empty medium (TYMED_NULL) and an assertion report.
+MFCQMUTILS_API void OleFillStgMedium(STGMEDIUM& medium, HGLOBAL hGlobal);
+MFCQMUTILS_API void OleFillStgMedium(STGMEDIUM& medium, IStream* pStream);
+MFCQMUTILS_API void OleFillStgMedium(STGMEDIUM& medium, IStorage* pStorage);
+// ReleaseStgMedium: without pUnkForRelease the global block is freed, a metafile picture's
+// metafile deleted with its block, a bitmap deleted, a file deleted and its name freed, a
+// stream or storage released; with pUnkForRelease only the name is freed and the interface
+// released, then pUnkForRelease is released. The medium is left empty (TYMED_NULL, null
+// pointers), so releasing it twice does nothing the second time.
+MFCQMUTILS_API void OleReleaseStgMedium(STGMEDIUM* pMedium);

@@ -1,0 +1,205 @@
+// Compound files: elements by name, their bytes, sizes and class ids across a save and reopen,
+// the name rules, the error codes of the system's storage calls, and a storage carried as one
+// stream of another.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/filesystem/fs_fixture.h"
+#include "tests/ole/storage_samples.h"
+#include "tests/support/recording_sink.h"
+#include "utils/common/OleStorage.h"
+#include "utils/platform/host.h"
+
+namespace {
+
+using qmtest::StorageReleaser;
+
+class Storage : public qmtest::TempFolderTest {};
+
+TEST_F(Storage, ElementsSurviveSaveAndReopen) {
+    CString path = At("sample.cfb");
+    qmtest::WriteSample(path);
+    IStorage* root = nullptr;
+    ASSERT_EQ(OleStorage::OpenOnFile(path, FALSE, &root), S_OK);
+    StorageReleaser keep(root);
+    qmtest::ExpectSample(root);
+}
+
+TEST_F(Storage, ElementsAreListedInDirectoryOrder) {
+    IStorage* root = nullptr;
+    ASSERT_EQ(OleStorage::CreateInMemory(&root), S_OK);
+    StorageReleaser keep(root);
+    for (const char* name : {"zeta", "Beta", "b", "alpha", "ALPHB", "Aa"})
+        ASSERT_EQ(OleStorage::WriteStream(root, name, name, 1), S_OK) << name;
+    std::vector<OleStorageElement> items;
+    ASSERT_EQ(OleStorage::ListElements(root, items), S_OK);
+    std::vector<std::string> names;
+    for (auto& e : items) names.push_back((LPCTSTR)e.strName);
+    // Shorter names first, then without case.
+    EXPECT_EQ(names, (std::vector<std::string>{"b", "Aa", "Beta", "zeta", "alpha", "ALPHB"}));
+}
+
+TEST_F(Storage, NamesFollowTheFormatsRules) {
+    IStorage* root = nullptr;
+    ASSERT_EQ(OleStorage::CreateInMemory(&root), S_OK);
+    StorageReleaser keep(root);
+    std::string longest(31, 'n'), tooLong(32, 'n');
+    struct Case {
+        std::string name;
+        HRESULT expected;
+    } cases[] = {
+        {"", STG_E_INVALIDNAME},       {tooLong, STG_E_INVALIDNAME}, {"a\\b", STG_E_INVALIDNAME},
+        {"a/b", STG_E_INVALIDNAME},    {"a:b", STG_E_INVALIDNAME},   {"a!b", STG_E_INVALIDNAME},
+        {longest, S_OK},               {"\x01" "CompObj", S_OK},     {"\xE9t\xE9", S_OK},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(OleStorage::IsValidElementName(c.name.c_str()), c.expected == S_OK);
+        EXPECT_EQ(OleStorage::WriteStream(root, c.name.c_str(), "x", 1), c.expected);
+        // A valid name may change from a stream to a storage: creating replaces the element.
+        IStorage* sub = nullptr;
+        EXPECT_EQ(OleStorage::CreateSubStorage(root, c.name.c_str(), &sub), c.expected);
+        if (sub) sub->Release();
+    }
+}
+
+TEST_F(Storage, NamesCompareWithoutCase) {
+    IStorage* root = nullptr;
+    ASSERT_EQ(OleStorage::CreateInMemory(&root), S_OK);
+    StorageReleaser keep(root);
+    ASSERT_EQ(OleStorage::WriteStream(root, "big \xE9t\xE9", "12345", 5), S_OK);
+    std::vector<BYTE> data;
+    ASSERT_EQ(OleStorage::ReadStream(root, "BIG \xC9T\xC9", data), S_OK);
+    EXPECT_EQ(std::string(data.begin(), data.end()), "12345");
+    IStream* s = nullptr;
+    EXPECT_EQ(OleStorage::CreateStream(root, "Big \xE9T\xE9", &s, TRUE), STG_E_FILEALREADYEXISTS);
+    EXPECT_EQ(s, nullptr);
+}
+
+TEST_F(Storage, StreamsCanBeRewrittenAndResized) {
+    IStorage* root = nullptr;
+    ASSERT_EQ(OleStorage::CreateOnFile(At("rewrite.cfb"), &root), S_OK);
+    std::string big(70000, 'b');
+    ASSERT_EQ(OleStorage::WriteStream(root, "s", big.data(), big.size()), S_OK);
+    ASSERT_EQ(OleStorage::WriteStream(root, "s", "short", 5), S_OK);
+    IStream* s = nullptr;
+    ASSERT_EQ(OleStorage::OpenStream(root, "s", TRUE, &s), S_OK);
+    LARGE_INTEGER at;
+    at.QuadPart = 2;
+    ASSERT_EQ(s->Seek(at, STREAM_SEEK_SET, nullptr), S_OK);
+    ULONG written = 0;
+    ASSERT_EQ(s->Write("ORTER", 5, &written), S_OK);
+    s->Release();
+    ASSERT_EQ(OleStorage::Commit(root), S_OK);
+    root->Release();
+
+    ASSERT_EQ(OleStorage::OpenOnFile(At("rewrite.cfb"), FALSE, &root), S_OK);
+    StorageReleaser keep(root);
+    std::vector<BYTE> data;
+    ASSERT_EQ(OleStorage::ReadStream(root, "s", data), S_OK);
+    EXPECT_EQ(std::string(data.begin(), data.end()), "shORTER");
+}
+
+TEST_F(Storage, ErrorCodesOfTheSystemsCalls) {
+    IStorage* root = nullptr;
+    EXPECT_EQ(OleStorage::OpenOnFile(At("missing.cfb"), FALSE, &root), STG_E_FILENOTFOUND);
+    EXPECT_EQ(OleStorage::OpenOnFile(At("no folder\\missing.cfb"), FALSE, &root), STG_E_PATHNOTFOUND);
+    Touch("text.txt", "this is not a compound file, only some text");
+    EXPECT_EQ(OleStorage::OpenOnFile(At("text.txt"), FALSE, &root), STG_E_FILEALREADYEXISTS);
+    EXPECT_EQ(root, nullptr);
+
+    ASSERT_EQ(OleStorage::CreateOnFile(At("e.cfb"), &root), S_OK);
+    ASSERT_EQ(OleStorage::WriteStream(root, "s", "x", 1), S_OK);
+    IStorage* sub = nullptr;
+    ASSERT_EQ(OleStorage::CreateSubStorage(root, "d", &sub), S_OK);
+    IStream* s = nullptr;
+    IStream* again = nullptr;
+    std::vector<BYTE> data;
+    EXPECT_EQ(OleStorage::ReadStream(root, "nothing", data), STG_E_FILENOTFOUND);
+    // A storage is not a stream, nor the other way round.
+    EXPECT_EQ(OleStorage::OpenStream(root, "d", FALSE, &s), STG_E_FILENOTFOUND);
+    IStorage* wrong = nullptr;
+    EXPECT_EQ(OleStorage::OpenSubStorage(root, "s", FALSE, &wrong), STG_E_FILENOTFOUND);
+    // An element is open once at a time.
+    ASSERT_EQ(OleStorage::OpenStream(root, "s", FALSE, &s), S_OK);
+    EXPECT_EQ(OleStorage::OpenStream(root, "s", FALSE, &again), STG_E_ACCESSDENIED);
+    IStorage* subAgain = nullptr;
+    EXPECT_EQ(OleStorage::OpenSubStorage(root, "d", FALSE, &subAgain), STG_E_ACCESSDENIED);
+    s->Release();
+    sub->Release();
+    root->Release();
+
+    ASSERT_EQ(OleStorage::OpenOnFile(At("e.cfb"), FALSE, &root), S_OK);
+    StorageReleaser keep(root);
+    EXPECT_EQ(OleStorage::WriteStream(root, "t", "x", 1), STG_E_ACCESSDENIED);
+    EXPECT_EQ(OleStorage::OpenStream(root, "s", TRUE, &s), STG_E_ACCESSDENIED);
+}
+
+TEST_F(Storage, DamagedFilesAreRefused) {
+    CString path = At("whole.cfb");
+    qmtest::WriteSample(path);
+    std::vector<BYTE> bytes = qmtest::ReadAll(path);
+    ASSERT_GT(bytes.size(), 1536u);
+    struct Case {
+        const char* what;
+        std::vector<BYTE> bytes;
+    } cases[] = {
+        {"empty", {}},
+        {"half a header", std::vector<BYTE>(bytes.begin(), bytes.begin() + 256)},
+        {"the header alone", std::vector<BYTE>(bytes.begin(), bytes.begin() + 512)},
+        {"signature of zeros", [&] {
+             auto b = bytes;
+             std::fill(b.begin(), b.begin() + 8, 0);
+             return b;
+         }()},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        IStream* stream = qm::platform::CreateMemoryStream(c.bytes.data(), c.bytes.size());
+        IStorage* stg = nullptr;
+        EXPECT_TRUE(FAILED(OleStorage::LoadFromStream(stream, &stg)));
+        EXPECT_EQ(stg, nullptr);
+        stream->Release();
+    }
+}
+
+TEST_F(Storage, StorageTravelsInsideAStream) {
+    IStorage* inner = nullptr;
+    ASSERT_EQ(OleStorage::CreateInMemory(&inner), S_OK);
+    qmtest::FillSample(inner);
+    IStorage* outer = nullptr;
+    ASSERT_EQ(OleStorage::CreateOnFile(At("outer.cfb"), &outer), S_OK);
+    IStream* carrier = nullptr;
+    ASSERT_EQ(OleStorage::CreateStream(outer, "Attachment", &carrier), S_OK);
+    ASSERT_EQ(carrier->Write("HEAD", 4, nullptr), S_OK);
+    ASSERT_EQ(OleStorage::SaveToStream(inner, carrier), S_OK);
+    carrier->Release();
+    inner->Release();
+    ASSERT_EQ(OleStorage::Commit(outer), S_OK);
+    outer->Release();
+
+    ASSERT_EQ(OleStorage::OpenOnFile(At("outer.cfb"), FALSE, &outer), S_OK);
+    StorageReleaser keepOuter(outer);
+    ASSERT_EQ(OleStorage::OpenStream(outer, "Attachment", FALSE, &carrier), S_OK);
+    char head[4];
+    ASSERT_EQ(carrier->Read(head, 4, nullptr), S_OK);
+    IStorage* back = nullptr;
+    ASSERT_EQ(OleStorage::LoadFromStream(carrier, &back), S_OK);
+    carrier->Release();
+    StorageReleaser keepBack(back);
+    qmtest::ExpectSample(back);
+}
+
+TEST_F(Storage, NullArgumentsAreReported) {
+    qmtest::RecordingAssertSink sink;
+    IStorage* stg = nullptr;
+    EXPECT_EQ(OleStorage::OpenOnFile(nullptr, FALSE, &stg), STG_E_INVALIDPOINTER);
+    EXPECT_EQ(OleStorage::CreateStream(nullptr, "s", nullptr), STG_E_INVALIDPOINTER);
+    ASSERT_EQ(sink.Reports().size(), 2u);
+    EXPECT_EQ(sink.Reports()[0].expression, "lpszPath != nullptr");
+    EXPECT_EQ(sink.Reports()[1].expression, "ppStream != nullptr");
+}
+
+}  // namespace
