@@ -36,6 +36,12 @@ MFCQMUTILS_API BOOL OleReadObjectDescriptor(HGLOBAL hObjDesc, OBJECTDESCRIPTOR& 
 MFCQMUTILS_API BOOL OleParseObjectDescriptor(const void* pData, size_t nSize, OBJECTDESCRIPTOR& od,
                                              CString& strFullUserTypeName, CString& strSrcOfCopy);
 
+// The clipboard format of descriptor blocks ("Object Descriptor", registered on first use).
+MFCQMUTILS_API CLIPFORMAT OleObjectDescriptorFormat();
+// RegisterClipboardFormat: the format number of a name (compared without case), at or above
+// 0xC000; 0 for a null or empty name.
+MFCQMUTILS_API CLIPFORMAT OleRegisterClipboardFormat(LPCTSTR lpszFormatName);
+
 // ---- Format structures -------------------------------------------------------------------
 // A FORMATETC for a clipboard format: no target device, all of the data (lindex -1).
 MFCQMUTILS_API void OleFillFormatEtc(FORMATETC& formatEtc, CLIPFORMAT cfFormat, DWORD tymed = TYMED_HGLOBAL,

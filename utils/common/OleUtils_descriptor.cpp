@@ -3,6 +3,7 @@
 
 #include "utils/common/CVLogger.h"
 #include "utils/common/OleUtils.h"
+#include "utils/platform/clipboard_formats.h"
 #include "utils/platform/codepage.h"
 #include "utils/platform/globalmem.h"
 
@@ -103,3 +104,9 @@ BOOL OleReadObjectDescriptor(HGLOBAL hObjDesc, OBJECTDESCRIPTOR& od, CString& st
     if (p) qm::platform::GlobalMemUnlock(hObjDesc);
     return ok;
 }
+
+CLIPFORMAT OleRegisterClipboardFormat(LPCTSTR lpszFormatName) {
+    return (CLIPFORMAT)qm::platform::ClipboardRegisterFormat(lpszFormatName);
+}
+
+CLIPFORMAT OleObjectDescriptorFormat() { return OleRegisterClipboardFormat("Object Descriptor"); }

@@ -31,6 +31,18 @@ typedef OLECHAR* LPOLESTR;
 typedef const OLECHAR* LPCOLESTR;
 typedef LPOLESTR* SNB;
 
+// COM methods use the system's calling convention on Windows; there is one here.
+#define STDMETHODCALLTYPE
+
+inline bool IsEqualGUID(const GUID& a, const GUID& b) {
+    return a.Data1 == b.Data1 && a.Data2 == b.Data2 && a.Data3 == b.Data3 &&
+           __builtin_memcmp(a.Data4, b.Data4, 8) == 0;
+}
+#define IsEqualIID(a, b) IsEqualGUID(a, b)
+inline constexpr IID IID_IUnknown = {0x00000000, 0x0000, 0x0000, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+inline constexpr IID IID_IDataObject = {0x0000010E, 0x0000, 0x0000, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+inline constexpr IID IID_IEnumFORMATETC = {0x00000103, 0x0000, 0x0000, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+
 union LARGE_INTEGER {
     struct {
         DWORD LowPart;

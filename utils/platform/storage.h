@@ -33,6 +33,10 @@ HRESULT StorageSaveToBytes(IStorage* storage, std::vector<BYTE>& bytes);
 // ReleaseStgMedium: frees what the medium holds by its tymed (or leaves that to
 // pUnkForRelease), then sets tymed to TYMED_NULL and the pointers to null.
 void MediumRelease(STGMEDIUM* medium);
+// OleDuplicateData for global-memory formats: a new movable block with the same bytes; for
+// CF_METAFILEPICT the metafile inside is duplicated too. Null when out of memory or when the
+// handle is not a block.
+HGLOBAL MediumDuplicateData(HGLOBAL block, CLIPFORMAT format);
 // CoTaskMemAlloc / CoTaskMemFree.
 void* TaskMemAlloc(std::size_t bytes);
 void TaskMemFree(void* p);

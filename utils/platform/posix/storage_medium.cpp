@@ -1,5 +1,7 @@
 // ReleaseStgMedium and the task allocator on POSIX, where no OLE library provides them.
 #include <cstdlib>
+#include <cstring>
+#include <vector>
 #include <string>
 
 #include "utils/platform/codepage.h"
@@ -14,6 +16,30 @@ namespace qm::platform {
 void* TaskMemAlloc(std::size_t bytes) { return std::malloc(bytes ? bytes : 1); }
 
 void TaskMemFree(void* p) { std::free(p); }
+
+HGLOBAL MediumDuplicateData(HGLOBAL block, CLIPFORMAT format) {
+    SIZE_T size = GlobalMemSize(block);
+    const BYTE* from = (const BYTE*)GlobalMemLock(block);
+    if (!from) return nullptr;
+    HGLOBAL copy = GlobalMemAlloc(GMEM_MOVEABLE, size);
+    BYTE* to = copy ? (BYTE*)GlobalMemLock(copy) : nullptr;
+    if (to) {
+        std::memcpy(to, from, size);
+        // A metafile picture owns its metafile: the copy gets a metafile of its own.
+        if (format == CF_METAFILEPICT && size >= sizeof(METAFILEPICT)) {
+            auto* mfp = (METAFILEPICT*)to;
+            std::vector<BYTE> bits;
+            mfp->hMF = mfp->hMF && MetafileBits(mfp->hMF, bits) ? MetafileFromBits((UINT)bits.size(), bits.data())
+                                                              : nullptr;
+        }
+        GlobalMemUnlock(copy);
+    } else if (copy) {
+        GlobalMemFree(copy);
+        copy = nullptr;
+    }
+    GlobalMemUnlock(block);
+    return copy;
+}
 
 void MediumRelease(STGMEDIUM* medium) {
     if (!medium) return;

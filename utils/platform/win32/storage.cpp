@@ -114,6 +114,11 @@ void MediumRelease(STGMEDIUM* medium) {
     medium->pUnkForRelease = nullptr;
 }
 
+HGLOBAL MediumDuplicateData(HGLOBAL block, CLIPFORMAT format) {
+    if (!block) return nullptr;
+    return (HGLOBAL)OleDuplicateData(block, format, GMEM_MOVEABLE);
+}
+
 void* TaskMemAlloc(std::size_t bytes) { return CoTaskMemAlloc(bytes ? bytes : 1); }
 
 void TaskMemFree(void* p) { CoTaskMemFree(p); }

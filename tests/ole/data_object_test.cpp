@@ -1,0 +1,173 @@
+// OLE data objects: a source's cached blocks read back through COleDataObject, directly and
+// through the clipboard, in the standard formats, the descriptor format and a registered one.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "utils/common/OleUtils.h"
+#include "utils/framework/COleDataObject.h"
+#include "utils/platform/globalmem.h"
+
+namespace {
+
+namespace plat = qm::platform;
+
+HGLOBAL BlockOf(const std::string& bytes) {
+    HGLOBAL h = plat::GlobalMemAlloc(GMEM_MOVEABLE, bytes.size());
+    std::memcpy(plat::GlobalMemLock(h), bytes.data(), bytes.size());
+    plat::GlobalMemUnlock(h);
+    return h;
+}
+
+std::string BytesOf(HGLOBAL h) {
+    std::string s(plat::GlobalMemSize(h), '\0');
+    const void* p = plat::GlobalMemLock(h);
+    if (p && !s.empty()) std::memcpy(s.data(), p, s.size());
+    plat::GlobalMemUnlock(h);
+    return s;
+}
+
+struct FormatCase {
+    const char* what;
+    CLIPFORMAT format;
+    std::string bytes;
+};
+
+std::vector<FormatCase> Formats() {
+    std::string dib(40, '\0');
+    dib[0] = 40;  // a header-only stand-in: the data object does not read it
+    HGLOBAL od = OleCreateObjectDescriptor(CLSID{}, DVASPECT_CONTENT, SIZEL{1, 2}, POINTL{3, 4}, 0, "Note", "Desk");
+    std::string descriptor = BytesOf(od);
+    plat::GlobalMemFree(od);
+    return {
+        {"CF_TEXT", CF_TEXT, std::string("plain text\0", 11)},
+        {"CF_DIB", CF_DIB, dib},
+        {"descriptor", OleObjectDescriptorFormat(), descriptor},
+        {"registered", OleRegisterClipboardFormat("Test Note Format"), std::string("\x01\x02\x00\xFF", 4)},
+    };
+}
+
+void Fill(COleDataSource* source, const std::vector<FormatCase>& cases) {
+    for (const auto& c : cases) source->CacheGlobalData(c.format, BlockOf(c.bytes));
+}
+
+void ExpectFormats(COleDataObject& data, const std::vector<FormatCase>& cases) {
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        EXPECT_TRUE(data.IsDataAvailable(c.format));
+        HGLOBAL h = data.GetGlobalData(c.format);
+        ASSERT_NE(h, nullptr);
+        EXPECT_EQ(BytesOf(h), c.bytes);
+        plat::GlobalMemFree(h);
+        std::unique_ptr<CFile> file(data.GetFileData(c.format));
+        ASSERT_NE(file, nullptr);
+        std::string read(c.bytes.size(), '\0');
+        EXPECT_EQ(file->Read(read.data(), (UINT)read.size()), c.bytes.size());
+        EXPECT_EQ(read, c.bytes);
+    }
+    CLIPFORMAT unknown = OleRegisterClipboardFormat("Format Nobody Offers");
+    EXPECT_FALSE(data.IsDataAvailable(unknown));
+    EXPECT_EQ(data.GetGlobalData(unknown), nullptr);
+    EXPECT_EQ(data.GetFileData(unknown), nullptr);
+}
+
+TEST(DataObject, RegisteredFormatsIgnoreCase) {
+    CLIPFORMAT a = OleRegisterClipboardFormat("Object Descriptor");
+    EXPECT_GE(a, 0xC000);
+    EXPECT_EQ(OleRegisterClipboardFormat("object descriptor"), a);
+    EXPECT_EQ(OleObjectDescriptorFormat(), a);
+    EXPECT_NE(OleRegisterClipboardFormat("Another Format"), a);
+    EXPECT_EQ(OleRegisterClipboardFormat(""), 0);
+}
+
+TEST(DataObject, SourceReadDirectly) {
+    auto cases = Formats();
+    auto* source = new COleDataSource;
+    Fill(source, cases);
+    {
+        COleDataObject data;
+        data.Attach(source->GetDataObject(), FALSE);
+        ExpectFormats(data, cases);
+
+        std::vector<CLIPFORMAT> listed;
+        FORMATETC fe;
+        data.BeginEnumFormats();
+        while (data.GetNextFormat(&fe)) listed.push_back(fe.cfFormat);
+        ASSERT_EQ(listed.size(), cases.size());
+        for (std::size_t i = 0; i < cases.size(); ++i) EXPECT_EQ(listed[i], cases[i].format);
+    }
+    source->ExternalRelease();
+}
+
+TEST(DataObject, CachingTheSameFormatReplacesTheBlock) {
+    auto* source = new COleDataSource;
+    source->CacheGlobalData(CF_TEXT, BlockOf(std::string("old\0", 4)));
+    source->CacheGlobalData(CF_TEXT, BlockOf(std::string("new\0", 4)));
+    COleDataObject data;
+    data.Attach(source->GetDataObject(), FALSE);
+    HGLOBAL h = data.GetGlobalData(CF_TEXT);
+    EXPECT_EQ(BytesOf(h), std::string("new\0", 4));
+    plat::GlobalMemFree(h);
+    int count = 0;
+    FORMATETC fe;
+    data.BeginEnumFormats();
+    while (data.GetNextFormat(&fe)) ++count;
+    EXPECT_EQ(count, 1);
+    source->Empty();
+    EXPECT_FALSE(data.IsDataAvailable(CF_TEXT));
+    data.Release();
+    source->ExternalRelease();
+}
+
+TEST(DataObject, SourceAnswersLikeADataObject) {
+    auto* source = new COleDataSource;
+    source->CacheGlobalData(CF_TEXT, BlockOf("abcdef"));
+    IDataObject* object = source->GetDataObject();
+    FORMATETC fe{CF_TEXT, nullptr, DVASPECT_CONTENT, -1, TYMED_HGLOBAL};
+    EXPECT_EQ(object->QueryGetData(&fe), S_OK);
+    FORMATETC wrongTymed = fe;
+    wrongTymed.tymed = TYMED_ISTORAGE;
+    EXPECT_EQ(object->QueryGetData(&wrongTymed), DV_E_TYMED);
+    FORMATETC wrongFormat = fe;
+    wrongFormat.cfFormat = CF_DIB;
+    EXPECT_EQ(object->QueryGetData(&wrongFormat), DV_E_FORMATETC);
+    FORMATETC out;
+    EXPECT_EQ(object->GetCanonicalFormatEtc(&fe, &out), DATA_S_SAMEFORMATETC);
+    EXPECT_EQ(object->DAdvise(&fe, 0, nullptr, nullptr), OLE_E_ADVISENOTSUPPORTED);
+
+    // GetDataHere fills the caller's block when it is large enough.
+    STGMEDIUM small{}, large{};
+    small.tymed = large.tymed = TYMED_HGLOBAL;
+    small.hGlobal = plat::GlobalMemAlloc(GMEM_MOVEABLE, 3);
+    large.hGlobal = plat::GlobalMemAlloc(GMEM_MOVEABLE, 16);
+    EXPECT_EQ(object->GetDataHere(&fe, &small), STG_E_MEDIUMFULL);
+    EXPECT_EQ(object->GetDataHere(&fe, &large), S_OK);
+    EXPECT_EQ(BytesOf(large.hGlobal).substr(0, 6), "abcdef");
+    plat::GlobalMemFree(small.hGlobal);
+    plat::GlobalMemFree(large.hGlobal);
+    source->ExternalRelease();
+}
+
+TEST(DataObject, ThroughTheClipboard) {
+    auto cases = Formats();
+    auto* source = new COleDataSource;
+    Fill(source, cases);
+    source->SetClipboard();
+    EXPECT_EQ(COleDataSource::GetClipboardOwner(), source);
+    {
+        COleDataObject data;
+        ASSERT_TRUE(data.AttachClipboard());
+        ExpectFormats(data, cases);
+    }
+    // Flushed, the data stays on the clipboard without the source.
+    COleDataSource::FlushClipboard();
+    EXPECT_EQ(COleDataSource::GetClipboardOwner(), nullptr);
+    COleDataObject data;
+    ASSERT_TRUE(data.AttachClipboard());
+    ExpectFormats(data, cases);
+}
+
+}  // namespace
