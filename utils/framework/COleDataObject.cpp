@@ -13,7 +13,7 @@ namespace plat = qm::platform;
 
 namespace {
 
-DWORD DefaultTymed(CLIPFORMAT cf) { return cf == CF_METAFILEPICT ? TYMED_MFPICT : TYMED_HGLOBAL; }
+DWORD DefaultTymed(CLIPFORMAT cf) { return cf == CF_METAFILEPICT ? (DWORD)TYMED_MFPICT : (DWORD)TYMED_HGLOBAL; }
 
 FORMATETC FormatFor(CLIPFORMAT cf, const FORMATETC* given, DWORD tymed) {
     if (given) {
@@ -178,9 +178,10 @@ void COleDataSource::CacheData(CLIPFORMAT cfFormat, LPSTGMEDIUM lpStgMedium, LPF
 void COleDataSource::CacheGlobalData(CLIPFORMAT cfFormat, HGLOBAL hGlobal, LPFORMATETC lpFormatEtc) {
     if (!hGlobal) return;
     STGMEDIUM medium{};
-    medium.tymed = lpFormatEtc && lpFormatEtc->tymed == TYMED_MFPICT ? TYMED_MFPICT
-                   : lpFormatEtc                                   ? TYMED_HGLOBAL
-                                                                   : DefaultTymed(cfFormat);
+    if (!lpFormatEtc)
+        medium.tymed = DefaultTymed(cfFormat);
+    else
+        medium.tymed = lpFormatEtc->tymed == (DWORD)TYMED_MFPICT ? (DWORD)TYMED_MFPICT : (DWORD)TYMED_HGLOBAL;
     medium.hGlobal = hGlobal;
     CacheData(cfFormat, &medium, lpFormatEtc);
 }
