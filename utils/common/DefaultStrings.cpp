@@ -30,6 +30,9 @@ const DefaultString kDefaults[] = {
     {IDS_TODO_LEVEL_LOW, "Low"},
     {IDS_TODO_LEVEL_NORMAL, "Normal"},
     {IDS_TODO_LEVEL_HIGH, "High"},
+    {IDS_ALERT_ERROR, "Error"},
+    {IDS_ALERT_WARNING, "Warning"},
+    {IDS_ALERT_MESSAGE, "Message"},
 };
 
 // Registration at load, for hosts that call CString::LoadString for these ids themselves.

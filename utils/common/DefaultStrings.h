@@ -1,6 +1,6 @@
 // English defaults for the host string resources that the library only indexes: the e-mail
-// header field names and the to-do level names. A host that carries these ids in its own
-// string table (or sets them with qm::SetStringResource) overrides the defaults; a host
+// header field names, the to-do level names and the desktop alert titles. A host that
+// carries these ids in its own string table (or sets them with qm::SetStringResource) overrides the defaults; a host
 // without them still gets names a user would expect.
 //
 //   id   text           e-mail field (EMailFieldNameType value, shown by default?)
@@ -22,6 +22,11 @@
 //   660  "Low"          1
 //   661  "Normal"       2
 //   662  "High"         3
+//
+//   id   text           desktop alert title
+//   700  "Error"        WndUtils::ALERT_ERROR
+//   701  "Warning"      WndUtils::ALERT_WARNING
+//   702  "Message"      WndUtils::ALERT_MESSAGE
 #pragma once
 
 #include "utils/framework/wintypes.h"
@@ -46,6 +51,9 @@ enum DefaultStringId : UINT {
     IDS_TODO_LEVEL_LOW = 660,
     IDS_TODO_LEVEL_NORMAL = 661,
     IDS_TODO_LEVEL_HIGH = 662,
+    IDS_ALERT_ERROR = 700,
+    IDS_ALERT_WARNING = 701,
+    IDS_ALERT_MESSAGE = 702,
 };
 
 // Registers the defaults above with qm::SetDefaultStringResource, once per process (later
