@@ -27,7 +27,7 @@ TYPES_HEADERS = re.compile(r"^utils/framework/(win\w*\.h|objidl\.h|export\.h|civ
 BACKEND = re.compile(r"^utils/platform/(posix|win32)/")
 HOST_HEADER = "utils/platform/host.h"
 # The Windows SDK headers the types headers may take their definitions from.
-TYPES_SYSTEM_HEADERS = {"windows.h", "wtypes.h", "objidl.h", "shellapi.h", "winnetwk.h"}
+TYPES_SYSTEM_HEADERS = {"windows.h", "wtypes.h", "objidl.h", "ole2.h", "shellapi.h", "winnetwk.h"}
 C_HEADERS = {
     "assert.h", "ctype.h", "errno.h", "float.h", "inttypes.h", "limits.h", "locale.h", "math.h",
     "setjmp.h", "signal.h", "stdarg.h", "stddef.h", "stdint.h", "stdio.h", "stdlib.h", "string.h",
