@@ -172,6 +172,9 @@ TEST_F(QmutilBadInput, BadFilesAreRefusedInOneLineNamingThem) {
         {{"temp", "clean", "F"}, 5},         {{"temp", "list", "F"}, 5},
         {{"sys", "F"}, 2},                   {{"bmp", "sample", "4", "4", "24", "F"}, 1},
         {{"text", "sort-lines", In("text.txt"), "-o", "F"}, 1},
+        {{"ole", "list", "F"}, 8},           {{"ole", "cat", "F", "s"}, 8},
+        {{"ole", "unpack", "F", (g_root / "work" / "unpacked").string()}, 8},
+        {{"ole", "pack", "F", (g_root / "work" / "out.cfb").string()}, 1},
     };
     for (const auto& use : uses)
         for (size_t i = use.args[0] == "sys"; i < use.bad; ++i) {  // a folder has free space

@@ -168,6 +168,10 @@ MFCQMUTILS_API IStream* CreateMemoryStream(const void* data, size_t size);
 // A read-only stream over the file. Null when it cannot be opened.
 MFCQMUTILS_API IStream* OpenFileStream(const char* path);
 
+// Standard output as bytes: Windows stops translating line feeds (_setmode _O_BINARY); POSIX
+// writes bytes already. For programs that write binary data there.
+MFCQMUTILS_API void SetStandardOutputBinary();
+
 // --- The terminal of a command-line host -----------------------------------------------------
 // The terminal a command-line host runs in: whether a standard stream is a terminal, its
 // width, and a watch that turns Escape (typed on the terminal) and Ctrl-C into an Escape
