@@ -10,6 +10,7 @@
 #include "utils/common/OleUtils.h"
 #include "utils/framework/COleDataObject.h"
 #include "utils/platform/globalmem.h"
+#include "utils/platform/metafile.h"
 
 namespace {
 
@@ -168,6 +169,55 @@ TEST(DataObject, ThroughTheClipboard) {
     COleDataObject data;
     ASSERT_TRUE(data.AttachClipboard());
     ExpectFormats(data, cases);
+}
+
+// The smallest metafile: its header and the end record.
+const BYTE kMetafile[] = {1, 0, 9, 0, 0, 3, 12, 0, 0, 0, 0, 0, 3, 0, 0, 0, 0, 0, 3, 0, 0, 0, 0, 0};
+
+HGLOBAL MetafilePict() {
+    HGLOBAL h = plat::GlobalMemAlloc(GMEM_MOVEABLE, sizeof(METAFILEPICT));
+    auto* mfp = (METAFILEPICT*)plat::GlobalMemLock(h);
+    mfp->mm = MM_ANISOTROPIC;
+    mfp->xExt = 2540;
+    mfp->yExt = 1270;
+    mfp->hMF = plat::MetafileFromBits(sizeof kMetafile, kMetafile);
+    plat::GlobalMemUnlock(h);
+    return h;
+}
+
+// A metafile picture travels with a metafile of its own: the reader's block names a metafile
+// with the same records, which it then owns (released with the block as TYMED_MFPICT).
+void ExpectMetafilePict(COleDataObject& data) {
+    EXPECT_TRUE(data.IsDataAvailable(CF_METAFILEPICT));
+    HGLOBAL h = data.GetGlobalData(CF_METAFILEPICT);
+    ASSERT_NE(h, nullptr);
+    auto* mfp = (METAFILEPICT*)plat::GlobalMemLock(h);
+    ASSERT_NE(mfp, nullptr);
+    EXPECT_EQ(mfp->mm, MM_ANISOTROPIC);
+    EXPECT_EQ(mfp->xExt, 2540);
+    std::vector<BYTE> bits;
+    ASSERT_TRUE(plat::MetafileBits(mfp->hMF, bits));
+    EXPECT_EQ(bits, std::vector<BYTE>(kMetafile, kMetafile + sizeof kMetafile));
+    plat::GlobalMemUnlock(h);
+    STGMEDIUM m{};
+    m.tymed = TYMED_MFPICT;
+    m.hMetaFilePict = h;
+    OleReleaseStgMedium(&m);
+}
+
+TEST(DataObject, MetafilePictureDirectlyAndThroughTheClipboard) {
+    auto* source = new COleDataSource;
+    source->CacheGlobalData(CF_METAFILEPICT, MetafilePict());
+    {
+        COleDataObject data;
+        data.Attach(source->GetDataObject(), FALSE);
+        ExpectMetafilePict(data);
+    }
+    source->SetClipboard();
+    COleDataObject data;
+    ASSERT_TRUE(data.AttachClipboard());
+    ExpectMetafilePict(data);
+    COleDataSource::FlushClipboard();
 }
 
 }  // namespace
