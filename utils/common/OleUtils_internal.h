@@ -1,0 +1,17 @@
+// What the OleUtils module's files share, and the library's own computations that the tests
+// compare with the system's (the shell's colour conversions on Windows).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "utils/framework/wintypes.h"
+
+namespace qm::oleutils {
+
+// The shell's integer HLS model (0..240 for each component), computed without the shell.
+// Components of HlsToRgb must be at most 240 (the public entries clamp them).
+void RgbToHls(COLORREF clr, WORD* hue, WORD* luminance, WORD* saturation);
+COLORREF HlsToRgb(WORD hue, WORD luminance, WORD saturation);
+
+}  // namespace qm::oleutils
