@@ -31,9 +31,6 @@ typedef std::size_t SIZE_T;
 #define CF_LOCALE 16
 #define CF_DIBV5 17
 
-#define MM_TEXT 1
-#define MM_ANISOTROPIC 8
-
 // A metafile picture: mapping mode, extents and the metafile.
 struct METAFILEPICT {
     LONG mm;

@@ -195,6 +195,53 @@ int GdiSetDIBitsToDevice(HDC hdc, int xDest, int yDest, DWORD w, DWORD h, int xS
     return (int)cLines;
 }
 
+BOOL GdiSetDIBitsTransparent(HDC hdc, int x, int y, const BITMAPINFO* bmi, const void* bits, COLORREF key) {
+    std::lock_guard<std::recursive_mutex> lock(gdi::Lock());
+    gdi::Dc* dc = gdi::FindDc(hdc);
+    if (!dc || !bmi) return FALSE;
+    Dib dib(&bmi->bmiHeader, bits, DIB_RGB_COLORS);
+    if (!dib.valid) return FALSE;
+    gdi::Surface& s = *dc->surface;
+    const std::uint32_t k = gdi::ToPixel(key);
+    long long xFrom = std::max<long long>(0, -(long long)x);
+    long long xTo = std::min<long long>(dib.width, (long long)s.width - x);
+    if (xFrom >= xTo) return TRUE;
+    std::vector<std::uint32_t> row;
+    for (int j = 0; j < dib.height; ++j) {
+        long long dy = (long long)y + j;
+        if (dy < 0 || dy >= s.height) continue;
+        // out[i] is the destination of source column i (only xFrom <= i < xTo are touched).
+        std::uint32_t* line = s.Row((int)dy) + (x + xFrom);
+        auto out = [line, xFrom](long long i) -> std::uint32_t& { return line[i - xFrom]; };
+        if (dib.bits == 24) {
+            // The common case straight from the row: a pixel is read as four bytes while a
+            // fourth byte remains in the row, and kept or dropped without a branch.
+            std::uint64_t scan = dib.topDown ? (std::uint64_t)j : (std::uint64_t)(dib.height - 1 - j);
+            const unsigned char* r = dib.rows + scan * dib.stride;
+            long long i = xFrom;
+            long long fast = std::min<long long>(xTo, (long long)((dib.stride - 1) / 3));
+            for (; i < fast; ++i) {
+                std::uint32_t v;
+                std::memcpy(&v, r + 3 * i, 4);
+                v &= 0xFFFFFF;
+                std::uint32_t keep = (std::uint32_t)0 - (std::uint32_t)(v == k);
+                out(i) = (out(i) & keep) | (v & ~keep);
+            }
+            for (; i < xTo; ++i) {
+                const unsigned char* p = r + 3 * i;
+                std::uint32_t v = ((std::uint32_t)p[2] << 16) | ((std::uint32_t)p[1] << 8) | p[0];
+                if (v != k) out(i) = v;
+            }
+            continue;
+        }
+        row.resize((size_t)dib.width);
+        dib.ReadRow(j, row.data(), 0, (UINT)dib.height);
+        for (long long i = xFrom; i < xTo; ++i)
+            if (row[(size_t)i] != k) out(i) = row[(size_t)i];
+    }
+    return TRUE;
+}
+
 int GdiStretchDIBits(HDC hdc, int xDest, int yDest, int destWidth, int destHeight, int xSrc, int ySrc, int srcWidth,
                      int srcHeight, const void* bits, const BITMAPINFO* bmi, UINT usage, DWORD rop) {
     std::lock_guard<std::recursive_mutex> lock(gdi::Lock());
