@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "utils/framework/wintypes.h"
 
@@ -13,5 +14,11 @@ namespace qm::oleutils {
 // Components of HlsToRgb must be at most 240 (the public entries clamp them).
 void RgbToHls(COLORREF clr, WORD* hue, WORD* luminance, WORD* saturation);
 COLORREF HlsToRgb(WORD hue, WORD luminance, WORD saturation);
+
+// The bytes of an in-memory metafile drawing a DIB (its header with colour table, `info`, and
+// its rows) as one META_STRETCHDIB record over a window of w x h: what the system's metafile
+// recorder writes for SetWindowOrgEx, SetWindowExtEx and StretchDIBits.
+std::vector<BYTE> MetafileBytesForDib(int w, int h, const std::vector<BYTE>& info, const BYTE* bits,
+                                      std::size_t bitsSize);
 
 }  // namespace qm::oleutils
