@@ -195,4 +195,12 @@ private:
     void* m_impl;
 };
 
+// The clipboard of a command-line host. True when the clipboard is the desktop's (Windows;
+// POSIX with a reachable X display), false when it lives inside the process.
+MFCQMUTILS_API bool ClipboardIsDesktop();
+// On the desktop clipboard of POSIX the process itself answers other programs' requests for
+// what it put there: waits until another program takes the clipboard (true) or timeoutMs
+// pass (0: no limit). Windows keeps the data after the process ends: true at once.
+MFCQMUTILS_API bool ServeClipboardUntilReplaced(DWORD timeoutMs);
+
 }  // namespace qm::platform
