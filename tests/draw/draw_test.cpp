@@ -73,15 +73,16 @@ TEST(DrawArrow, HorizontalAndVerticalHeadsAreFilledAndMirrorSymmetric) {
         CPoint shaft = horizontal ? CPoint(c.from.x + 2 * dir, c.from.y) : CPoint(c.from.x, c.from.y + 2 * dir);
         EXPECT_EQ(canvas.At(shaft.x, shaft.y), kPen);
         // Mirrored about the shaft.
-        int asymmetric = 0;
+        std::string asymmetric;
         for (int k = 1; k < 12; ++k)
             for (int t = 0; t < 64; ++t) {
-                if (horizontal && t < canvas.width && c.to.y + k < canvas.height && c.to.y - k >= 0)
-                    asymmetric += canvas.At(t, c.to.y + k) != canvas.At(t, c.to.y - k);
-                if (!horizontal && t < canvas.height)
-                    asymmetric += canvas.At(c.to.x + k, t) != canvas.At(c.to.x - k, t);
+                if (horizontal && t < canvas.width && c.to.y + k < canvas.height && c.to.y - k >= 0 &&
+                    canvas.At(t, c.to.y + k) != canvas.At(t, c.to.y - k))
+                    asymmetric += " x" + std::to_string(t) + " dy" + std::to_string(k);
+                if (!horizontal && t < canvas.height && canvas.At(c.to.x + k, t) != canvas.At(c.to.x - k, t))
+                    asymmetric += " y" + std::to_string(t) + " dx" + std::to_string(k);
             }
-        EXPECT_EQ(asymmetric, 0) << c.from.x << "," << c.from.y << " -> " << c.to.x << "," << c.to.y;
+        EXPECT_EQ(asymmetric, "") << c.from.x << "," << c.from.y << " -> " << c.to.x << "," << c.to.y;
     }
 }
 

@@ -292,6 +292,11 @@ HGLOBAL ClipboardSetData(UINT format, HGLOBAL block) {
 BOOL ClipboardIsFormatAvailable(UINT format) {
     Clipboard& c = Board();
     std::lock_guard<std::mutex> guard(c.lock);
+    // Closed, with another program holding the desktop's clipboard: ask it afresh.
+    if (!c.open && xclip::Active() && !xclip::Owned()) {
+        c.targetsKnown = false;
+        return ForeignOffers(c, format) ? TRUE : FALSE;
+    }
     if (c.blocks.count(format) || TextSource(c, format)) return TRUE;
     return c.foreign && xclip::Active() && ForeignOffers(c, format) ? TRUE : FALSE;
 }
