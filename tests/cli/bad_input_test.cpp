@@ -172,6 +172,8 @@ TEST_F(QmutilBadInput, BadFilesAreRefusedInOneLineNamingThem) {
         {{"temp", "clean", "F"}, 5},         {{"temp", "list", "F"}, 5},
         {{"sys", "F"}, 2},                   {{"bmp", "sample", "4", "4", "24", "F"}, 1},
         {{"text", "sort-lines", In("text.txt"), "-o", "F"}, 1},
+        {{"bmp", "to-wmf", "F", out}, 6},    {{"bmp", "from-wmf", "F", out}, 6},
+        {{"clip", "copy", "--file", "F"}, 8}, {{"clip", "copy-bmp", "F"}, 6},
     };
     for (const auto& use : uses)
         for (size_t i = use.args[0] == "sys"; i < use.bad; ++i) {  // a folder has free space
