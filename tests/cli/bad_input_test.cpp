@@ -172,6 +172,8 @@ TEST_F(QmutilBadInput, BadFilesAreRefusedInOneLineNamingThem) {
         {{"temp", "clean", "F"}, 5},         {{"temp", "list", "F"}, 5},
         {{"sys", "F"}, 2},                   {{"bmp", "sample", "4", "4", "24", "F"}, 1},
         {{"text", "sort-lines", In("text.txt"), "-o", "F"}, 1},
+        {{"bmp", "to-wmf", "F", out}, 6},    {{"bmp", "from-wmf", "F", out}, 6},
+        {{"clip", "copy", "--file", "F"}, 8}, {{"clip", "copy-bmp", "F"}, 6},
         {{"ole", "list", "F"}, 8},           {{"ole", "cat", "F", "s"}, 8},
         {{"ole", "unpack", "F", (g_root / "work" / "unpacked").string()}, 8},
         {{"ole", "pack", "F", (g_root / "work" / "out.cfb").string()}, 8},

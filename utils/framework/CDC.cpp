@@ -1,5 +1,6 @@
 #include "utils/framework/CDC.h"
 
+#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <mutex>
@@ -40,6 +41,8 @@ std::mutex g_tempLock;
 TempMap<CGdiObject> g_tempObjects;
 TempMap<CFont> g_tempFonts;
 TempMap<CBitmap> g_tempBitmaps;
+TempMap<CPen> g_tempPens;
+TempMap<CBrush> g_tempBrushes;
 TempMap<CDC> g_tempDCs;
 
 }  // namespace
@@ -76,6 +79,8 @@ void CGdiObject::DeleteTempMap() {
     g_tempObjects.Clear();
     g_tempFonts.Clear();
     g_tempBitmaps.Clear();
+    g_tempPens.Clear();
+    g_tempBrushes.Clear();
 }
 
 CFont* CFont::FromHandle(HFONT hFont) {
@@ -134,6 +139,26 @@ BOOL CBitmap::CreateCompatibleBitmap(CDC* pDC, int nWidth, int nHeight) {
     return Attach(plat::GdiCreateCompatibleBitmap(pDC->m_hDC, nWidth, nHeight));
 }
 
+CPen* CPen::FromHandle(HPEN hPen) {
+    std::lock_guard<std::mutex> lock(g_tempLock);
+    return g_tempPens.Get<HPEN>(hPen, [](CPen& o, HPEN h) { o.m_hObject = h; });
+}
+
+BOOL CPen::CreatePen(int nPenStyle, int nWidth, COLORREF crColor) {
+    if (m_hObject) return FALSE;
+    return Attach(plat::GdiCreatePen(nPenStyle, nWidth, crColor));
+}
+
+CBrush* CBrush::FromHandle(HBRUSH hBrush) {
+    std::lock_guard<std::mutex> lock(g_tempLock);
+    return g_tempBrushes.Get<HBRUSH>(hBrush, [](CBrush& o, HBRUSH h) { o.m_hObject = h; });
+}
+
+BOOL CBrush::CreateSolidBrush(COLORREF crColor) {
+    if (m_hObject) return FALSE;
+    return Attach(plat::GdiCreateSolidBrush(crColor));
+}
+
 // ---------------------------------------------------------------------------------------
 // CDC
 
@@ -188,6 +213,95 @@ CFont* CDC::SelectObject(CFont* pFont) {
 CBitmap* CDC::SelectObject(CBitmap* pBitmap) {
     if (!pBitmap) return nullptr;
     return CBitmap::FromHandle((HBITMAP)plat::GdiSelectObject(m_hDC, pBitmap->m_hObject));
+}
+
+CPen* CDC::SelectObject(CPen* pPen) {
+    if (!pPen) return nullptr;
+    return CPen::FromHandle((HPEN)plat::GdiSelectObject(m_hDC, pPen->m_hObject));
+}
+
+CBrush* CDC::SelectObject(CBrush* pBrush) {
+    if (!pBrush) return nullptr;
+    return CBrush::FromHandle((HBRUSH)plat::GdiSelectObject(m_hDC, pBrush->m_hObject));
+}
+
+CPoint CDC::MoveTo(int x, int y) {
+    POINT old{0, 0};
+    plat::GdiMoveToEx(m_hDC, x, y, &old);
+    return CPoint(old.x, old.y);
+}
+
+BOOL CDC::LineTo(int x, int y) { return plat::GdiLineTo(m_hDC, x, y); }
+BOOL CDC::Polygon(const POINT* lpPoints, int nCount) { return plat::GdiPolygon(m_hDC, lpPoints, nCount); }
+COLORREF CDC::SetBkColor(COLORREF crColor) { return plat::GdiSetBkColor(m_hDC, crColor); }
+COLORREF CDC::GetBkColor() const { return plat::GdiGetBkColor(m_hAttribDC); }
+
+int CDC::GetMapMode() const { return plat::GdiGetMapMode(m_hAttribDC); }
+int CDC::SetMapMode(int nMapMode) { return plat::GdiSetMapMode(m_hDC, nMapMode); }
+
+CSize CDC::GetWindowExt() const {
+    SIZE size{0, 0};
+    plat::GdiGetWindowExt(m_hAttribDC, &size);
+    return CSize(size.cx, size.cy);
+}
+
+CSize CDC::GetViewportExt() const {
+    SIZE size{0, 0};
+    plat::GdiGetViewportExt(m_hAttribDC, &size);
+    return CSize(size.cx, size.cy);
+}
+
+void CDC::LPtoDP(LPSIZE lpSize) const {
+    CSize win = GetWindowExt(), vp = GetViewportExt();
+    lpSize->cx = MulDiv(lpSize->cx, std::abs((int)vp.cx), std::abs((int)win.cx));
+    lpSize->cy = MulDiv(lpSize->cy, std::abs((int)vp.cy), std::abs((int)win.cy));
+}
+
+void CDC::DPtoLP(LPSIZE lpSize) const {
+    CSize win = GetWindowExt(), vp = GetViewportExt();
+    lpSize->cx = MulDiv(lpSize->cx, std::abs((int)win.cx), std::abs((int)vp.cx));
+    lpSize->cy = MulDiv(lpSize->cy, std::abs((int)win.cy), std::abs((int)vp.cy));
+}
+
+namespace {
+constexpr int kHimetricInch = 2540;  // HIMETRIC units (0.01 mm) per inch
+}
+
+void CDC::HIMETRICtoDP(LPSIZE lpSize) const {
+    int mode = GetMapMode();
+    if (mode < MM_ISOTROPIC && mode != MM_TEXT) {
+        // The fixed modes: let the context convert through MM_HIMETRIC.
+        CDC* self = const_cast<CDC*>(this);
+        self->SetMapMode(MM_HIMETRIC);
+        LPtoDP(lpSize);
+        self->SetMapMode(mode);
+    } else {
+        lpSize->cx = MulDiv(lpSize->cx, GetDeviceCaps(LOGPIXELSX), kHimetricInch);
+        lpSize->cy = MulDiv(lpSize->cy, GetDeviceCaps(LOGPIXELSY), kHimetricInch);
+    }
+}
+
+void CDC::DPtoHIMETRIC(LPSIZE lpSize) const {
+    int mode = GetMapMode();
+    if (mode < MM_ISOTROPIC && mode != MM_TEXT) {
+        CDC* self = const_cast<CDC*>(this);
+        self->SetMapMode(MM_HIMETRIC);
+        DPtoLP(lpSize);
+        self->SetMapMode(mode);
+    } else {
+        lpSize->cx = MulDiv(lpSize->cx, kHimetricInch, GetDeviceCaps(LOGPIXELSX));
+        lpSize->cy = MulDiv(lpSize->cy, kHimetricInch, GetDeviceCaps(LOGPIXELSY));
+    }
+}
+
+void CDC::HIMETRICtoLP(LPSIZE lpSize) const {
+    HIMETRICtoDP(lpSize);
+    DPtoLP(lpSize);
+}
+
+void CDC::LPtoHIMETRIC(LPSIZE lpSize) const {
+    LPtoDP(lpSize);
+    DPtoHIMETRIC(lpSize);
 }
 
 CGdiObject* CDC::SelectStockObject(int nIndex) {

@@ -51,6 +51,24 @@ public:
     operator HBITMAP() const { return (HBITMAP)m_hObject; }
 };
 
+class MFCQMUTILS_API CPen : public CGdiObject {
+public:
+    CPen() = default;
+    CPen(int nPenStyle, int nWidth, COLORREF crColor) { CreatePen(nPenStyle, nWidth, crColor); }
+    static CPen* FromHandle(HPEN hPen);
+    BOOL CreatePen(int nPenStyle, int nWidth, COLORREF crColor);
+    operator HPEN() const { return (HPEN)m_hObject; }
+};
+
+class MFCQMUTILS_API CBrush : public CGdiObject {
+public:
+    CBrush() = default;
+    explicit CBrush(COLORREF crColor) { CreateSolidBrush(crColor); }
+    static CBrush* FromHandle(HBRUSH hBrush);
+    BOOL CreateSolidBrush(COLORREF crColor);
+    operator HBRUSH() const { return (HBRUSH)m_hObject; }
+};
+
 class MFCQMUTILS_API CDC : public CObject {
 public:
     CDC() = default;
@@ -75,6 +93,8 @@ public:
     // Each returns the object it replaced (a temporary object), or null on failure.
     CFont* SelectObject(CFont* pFont);
     CBitmap* SelectObject(CBitmap* pBitmap);
+    CPen* SelectObject(CPen* pPen);
+    CBrush* SelectObject(CBrush* pBrush);
     CGdiObject* SelectStockObject(int nIndex);
 
     int GetDeviceCaps(int nIndex) const;
@@ -95,6 +115,29 @@ public:
     BOOL BitBlt(int x, int y, int nWidth, int nHeight, CDC* pSrcDC, int xSrc, int ySrc, DWORD dwRop);
     BOOL StretchBlt(int x, int y, int nWidth, int nHeight, CDC* pSrcDC, int xSrc, int ySrc, int nSrcWidth,
                     int nSrcHeight, DWORD dwRop);
+
+    // Lines and polygons in the selected pen and brush.
+    CPoint MoveTo(int x, int y);
+    CPoint MoveTo(POINT point) { return MoveTo(point.x, point.y); }
+    BOOL LineTo(int x, int y);
+    BOOL LineTo(POINT point) { return LineTo(point.x, point.y); }
+    BOOL Polygon(const POINT* lpPoints, int nCount);
+    COLORREF SetBkColor(COLORREF crColor);
+    COLORREF GetBkColor() const;
+
+    // Mapping modes and the framework's HIMETRIC conversions of sizes. HIMETRICtoDP and
+    // DPtoHIMETRIC go through MM_HIMETRIC for the fixed metric and English modes, and through
+    // the logical inch (LOGPIXELSX/Y per 2540 HIMETRIC units) for MM_TEXT and the scalable modes.
+    int GetMapMode() const;
+    int SetMapMode(int nMapMode);
+    CSize GetWindowExt() const;
+    CSize GetViewportExt() const;
+    void LPtoDP(LPSIZE lpSize) const;
+    void DPtoLP(LPSIZE lpSize) const;
+    void HIMETRICtoDP(LPSIZE lpSize) const;
+    void DPtoHIMETRIC(LPSIZE lpSize) const;
+    void HIMETRICtoLP(LPSIZE lpSize) const;
+    void LPtoHIMETRIC(LPSIZE lpSize) const;
 
     HDC m_hDC = nullptr;
     HDC m_hAttribDC = nullptr;  // the same context: measuring and output are not split here

@@ -24,12 +24,12 @@ typedef std::size_t SIZE_T;
 #define CF_TEXT 1
 #define CF_BITMAP 2
 #define CF_METAFILEPICT 3
+#define CF_OEMTEXT 7
 #define CF_DIB 8
+#define CF_UNICODETEXT 13
 #define CF_ENHMETAFILE 14
+#define CF_LOCALE 16
 #define CF_DIBV5 17
-
-#define MM_TEXT 1
-#define MM_ANISOTROPIC 8
 
 // A metafile picture: mapping mode, extents and the metafile.
 struct METAFILEPICT {

@@ -144,6 +144,50 @@ typedef TEXTMETRICA* LPTEXTMETRIC;
 #define ANSI_FIXED_FONT 11
 #define ANSI_VAR_FONT 12
 
+// Stock pens and brushes.
+#define WHITE_BRUSH 0
+#define BLACK_BRUSH 4
+#define NULL_BRUSH 5
+#define HOLLOW_BRUSH NULL_BRUSH
+#define WHITE_PEN 6
+#define BLACK_PEN 7
+#define NULL_PEN 8
+
+// Pen styles.
+#define PS_SOLID 0
+#define PS_NULL 5
+
+// Mapping modes.
+#define MM_TEXT 1
+#define MM_LOMETRIC 2
+#define MM_HIMETRIC 3
+#define MM_LOENGLISH 4
+#define MM_HIENGLISH 5
+#define MM_TWIPS 6
+#define MM_ISOTROPIC 7
+#define MM_ANISOTROPIC 8
+
+// DrawState: the kind of image and its state.
+#define DST_BITMAP 0x0004
+#define DSS_NORMAL 0x0000
+#define DSS_DISABLED 0x0020
+
+// DrawAnimatedRects: the caption animation.
+#define IDANI_CAPTION 3
+
+// System colours (GetSysColor).
+#define COLOR_WINDOW 5
+#define COLOR_WINDOWTEXT 8
+#define COLOR_BTNFACE 15
+#define COLOR_3DFACE COLOR_BTNFACE
+#define COLOR_BTNSHADOW 16
+#define COLOR_3DSHADOW COLOR_BTNSHADOW
+#define COLOR_BTNHIGHLIGHT 20
+#define COLOR_3DHILIGHT COLOR_BTNHIGHLIGHT
+#define COLOR_3DHIGHLIGHT COLOR_BTNHIGHLIGHT
+#define COLOR_3DDKSHADOW 21
+#define COLOR_3DLIGHT 22
+
 // a * b / c rounded to the nearest integer (halves away from zero), as kernel32's MulDiv:
 // -1 when c is 0 or the result does not fit in 32 bits.
 inline int MulDiv(int nNumber, int nNumerator, int nDenominator) {

@@ -69,6 +69,42 @@ int GdiStretchDIBits(HDC hdc, int xDest, int yDest, int destWidth, int destHeigh
                      int srcHeight, const void* bits, const BITMAPINFO* bmi, UINT usage, DWORD rop);
 int GdiGetDIBits(HDC hdc, HBITMAP bmp, UINT start, UINT cLines, void* bits, BITMAPINFO* bmi, UINT usage);
 
+// Pens and brushes, lines and polygons. The POSIX backend draws cosmetic pens (PS_SOLID and
+// PS_NULL; a pen wider than 1 puts a width x width square on every pixel of the line) and
+// solid or null brushes; a new context has BLACK_PEN, WHITE_BRUSH and a white background.
+// Lines leave out their last pixel, as GDI's do; Polygon fills the pixels inside the outline
+// (even-odd rule, including the pixels on it) with the brush, then draws the closed outline
+// with the pen.
+HPEN GdiCreatePen(int style, int width, COLORREF color);
+HBRUSH GdiCreateSolidBrush(COLORREF color);
+BOOL GdiMoveToEx(HDC hdc, int x, int y, POINT* previous);
+BOOL GdiLineTo(HDC hdc, int x, int y);
+BOOL GdiPolygon(HDC hdc, const POINT* points, int count);
+COLORREF GdiSetBkColor(HDC hdc, COLORREF color);
+COLORREF GdiGetBkColor(HDC hdc);
+// GetSysColor: POSIX answers the desktop's default 3-D and window colours.
+DWORD GdiGetSysColor(int index);
+
+// TransparentBlt: copies the source rectangle, leaving the destination unchanged where the
+// source pixel has the key colour. POSIX copies without stretching: both sizes must agree.
+BOOL GdiTransparentBlt(HDC dst, int x, int y, int cx, int cy, HDC src, int xSrc, int ySrc, int cxSrc, int cySrc,
+                       COLORREF key);
+// A whole DIB drawn at (x, y) through a colour key, straight from its rows.
+BOOL GdiSetDIBitsTransparent(HDC hdc, int x, int y, const BITMAPINFO* bmi, const void* bits, COLORREF key);
+// DrawState(DST_BITMAP | DSS_DISABLED) of a device bitmap at (x, y): pixels of the bitmap
+// that are not white are painted in COLOR_3DHILIGHT one pixel right and down, then in
+// COLOR_3DSHADOW in place; white pixels leave the destination unchanged.
+BOOL GdiDrawDisabledBitmap(HDC hdc, HBITMAP bmp, int x, int y);
+// DrawAnimatedRects(hwnd, IDANI_CAPTION, from, to); POSIX draws nothing and succeeds.
+BOOL GdiDrawAnimatedRects(HWND hwnd, const RECT* from, const RECT* to);
+
+// Mapping modes and extents. The POSIX contexts stay in MM_TEXT (SetMapMode to another mode
+// gives 0) with window and viewport extents of 1 x 1.
+int GdiSetMapMode(HDC hdc, int mode);
+int GdiGetMapMode(HDC hdc);
+BOOL GdiGetWindowExt(HDC hdc, SIZE* size);
+BOOL GdiGetViewportExt(HDC hdc, SIZE* size);
+
 // The Video for Windows DrawDib service: open a DrawDib context, draw a bottom-up DIB part
 // (source coordinates from the top-left of the picture), close. Exported so that a host can
 // open the context that CDIBitmap::Draw takes.

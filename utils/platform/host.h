@@ -22,6 +22,7 @@
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "utils/framework/export.h"
 #include "utils/framework/objidl.h"
@@ -198,5 +199,29 @@ public:
 private:
     void* m_impl;
 };
+
+// The clipboard of a command-line host. True when the clipboard is the desktop's (Windows;
+// POSIX with a reachable X display), false when it lives inside the process.
+MFCQMUTILS_API bool ClipboardIsDesktop();
+// On the desktop clipboard of POSIX the process itself answers other programs' requests for
+// what it put there: waits until another program takes the clipboard (true) or timeoutMs
+// pass (0: no limit). Windows keeps the data after the process ends: true at once.
+MFCQMUTILS_API bool ServeClipboardUntilReplaced(DWORD timeoutMs);
+// True where what a process puts on the desktop clipboard lasts only while the process serves
+// it (POSIX with an X display): a command-line host that should leave the data behind hands it
+// to a background helper (below).
+MFCQMUTILS_API bool ClipboardServedByProcess();
+
+// Background helpers of a command-line host (POSIX): starts this same program again with
+// `args`, in a session of its own with its standard output and error on the null device and
+// `input` on its standard input, and waits up to timeoutMs for it to call
+// ReportBackgroundReady. True when it reported success; otherwise *message (when given) says
+// why. Windows: false ("not needed on this system").
+MFCQMUTILS_API bool StartBackgroundHelper(const std::vector<std::string>& args, const std::string& input,
+                                          DWORD timeoutMs, std::string* message);
+// True in a program started by StartBackgroundHelper (until it reported).
+MFCQMUTILS_API bool IsBackgroundHelper();
+// In such a helper: tells the starter it is ready (ok) or failed (message), and lets it return.
+MFCQMUTILS_API void ReportBackgroundReady(bool ok, const char* message);
 
 }  // namespace qm::platform

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "utils/framework/winclipboard.h"
+#include "utils/framework/wingdi.h"
 
 namespace qm::platform {
 
@@ -17,6 +18,15 @@ HMETAFILE MetafileFromBits(UINT size, const BYTE* data);
 BOOL MetafileDelete(HMETAFILE hmf);
 // The metafile's bytes; false when the handle is not a metafile.
 bool MetafileBits(HMETAFILE hmf, std::vector<BYTE>& bytes);
+
+// A metafile recorded by the system's metafile device context holding the DIB as one
+// META_STRETCHDIB record over a window of w x h (CreateMetaFile, SetWindowOrgEx(0, 0),
+// SetWindowExtEx(w, h), StretchDIBits, CloseMetaFile). Null where the system has no metafile
+// recorder (the caller then writes the records itself) or on failure. bmi holds the header
+// with biSizeImage set and the colour table or masks.
+HMETAFILE MetafileRecordDib(int w, int h, const BITMAPINFO* bmi, const void* bits);
+// True where MetafileRecordDib records with the system.
+bool MetafileRecorderAvailable();
 
 // Returns false to stop the walk.
 typedef bool (*MetafileRecordProc)(const METARECORD* record, std::size_t bytes, void* context);

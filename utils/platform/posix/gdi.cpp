@@ -57,6 +57,36 @@ Font* FindFont(HGDIOBJ h) {
     Object* o = Find(h);
     return o && o->kind == Kind::Font ? static_cast<Font*>(o) : nullptr;
 }
+Pen* FindPen(HGDIOBJ h) {
+    Object* o = Find(h);
+    return o && o->kind == Kind::Pen ? static_cast<Pen*>(o) : nullptr;
+}
+Brush* FindBrush(HGDIOBJ h) {
+    Object* o = Find(h);
+    return o && o->kind == Kind::Brush ? static_cast<Brush*>(o) : nullptr;
+}
+Object* StockPenOrBrush(int index) {
+    static Object* stock[9] = {};
+    if (index < 0 || index > 8 || index == 1 || index == 2 || index == 3) return nullptr;
+    if (!stock[index]) {
+        Object* o;
+        if (index >= WHITE_PEN) {
+            auto* pen = new Pen;
+            pen->style = index == NULL_PEN ? PS_NULL : PS_SOLID;
+            pen->color = index == WHITE_PEN ? 0xFFFFFF : 0;
+            o = pen;
+        } else {
+            auto* brush = new Brush;
+            brush->hollow = index == NULL_BRUSH;
+            brush->color = index == WHITE_BRUSH ? 0xFFFFFF : 0;
+            o = brush;
+        }
+        o->stock = true;
+        Register(o);
+        stock[index] = o;
+    }
+    return stock[index];
+}
 
 Surface& ScreenSurface() {
     static Surface* s = [] {
@@ -88,14 +118,14 @@ HDC NewDc(bool screen) {
     dc->surface->selections++;
     dc->font = StockFont();
     dc->font->selections++;
+    dc->pen = static_cast<Pen*>(StockPenOrBrush(BLACK_PEN));
+    dc->pen->selections++;
+    dc->brush = static_cast<Brush*>(StockPenOrBrush(WHITE_BRUSH));
+    dc->brush->selections++;
     Register(dc);
     return dc;
 }
 
-inline std::uint32_t ToPixel(COLORREF c) {
-    return ((c & 0xFF) << 16) | (c & 0xFF00) | ((c >> 16) & 0xFF);
-}
-inline COLORREF ToColor(std::uint32_t p) { return ((p & 0xFF) << 16) | (p & 0xFF00) | ((p >> 16) & 0xFF); }
 
 // Applies a raster operation; false when it is not one this backend carries out.
 inline bool ApplyRop(DWORD rop, std::uint32_t s, std::uint32_t& d) {
@@ -270,6 +300,8 @@ BOOL GdiDeleteDC(HDC hdc) {
     if (!dc) return FALSE;
     Deselect(dc->surface);
     Deselect(dc->font);
+    Deselect(dc->pen);
+    Deselect(dc->brush);
     Destroy(dc);
     return TRUE;
 }
@@ -311,7 +343,7 @@ HGDIOBJ GdiGetStockObject(int index) {
         static Font* fixed = MakeStockFont("DejaVu Sans Mono", FIXED_PITCH | FF_MODERN);
         return fixed;
     }
-    default: return nullptr;
+    default: return StockPenOrBrush(index);
     }
 }
 
@@ -324,6 +356,22 @@ HGDIOBJ GdiSelectObject(HDC hdc, HGDIOBJ obj) {
         Font* old = dc->font;
         f->selections++;
         dc->font = f;
+        Deselect(old);
+        return old && Find(old) ? old : nullptr;
+    }
+    if (Pen* p = FindPen(obj)) {
+        if (p->deletePending) return nullptr;
+        Pen* old = dc->pen;
+        p->selections++;
+        dc->pen = p;
+        Deselect(old);
+        return old && Find(old) ? old : nullptr;
+    }
+    if (Brush* b = FindBrush(obj)) {
+        if (b->deletePending) return nullptr;
+        Brush* old = dc->brush;
+        b->selections++;
+        dc->brush = b;
         Deselect(old);
         return old && Find(old) ? old : nullptr;
     }

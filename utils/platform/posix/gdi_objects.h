@@ -12,7 +12,7 @@
 
 namespace qm::platform::gdi {
 
-enum class Kind { Dc, Bitmap, Font };
+enum class Kind { Dc, Bitmap, Font, Pen, Brush };
 
 struct Object {
     explicit Object(Kind k) : kind(k) {}
@@ -44,11 +44,30 @@ struct Font : Object {
     std::shared_ptr<const FontFace> face;
 };
 
+// A cosmetic pen: solid or null, `width` pixels wide (at least 1).
+struct Pen : Object {
+    Pen() : Object(Kind::Pen) {}
+    int style = PS_SOLID;
+    int width = 1;
+    COLORREF color = 0;
+};
+
+// A solid brush, or the null (hollow) brush.
+struct Brush : Object {
+    Brush() : Object(Kind::Brush) {}
+    bool hollow = false;
+    COLORREF color = 0xFFFFFF;
+};
+
 struct Dc : Object {
     Dc() : Object(Kind::Dc) {}
     bool screen = false;
     Surface* surface = nullptr;  // the selected bitmap (the screen surface for a screen context)
     Font* font = nullptr;
+    Pen* pen = nullptr;
+    Brush* brush = nullptr;
+    COLORREF bkColor = 0xFFFFFF;
+    POINT pos{0, 0};  // the current position (MoveToEx / LineTo)
     int stretchMode = BLACKONWHITE;
 };
 
@@ -60,6 +79,10 @@ Object* Find(void* handle);
 Dc* FindDc(HDC hdc);
 Surface* FindSurface(HGDIOBJ h);
 Font* FindFont(HGDIOBJ h);
+Pen* FindPen(HGDIOBJ h);
+Brush* FindBrush(HGDIOBJ h);
+// The stock pens and brushes (BLACK_PEN, WHITE_BRUSH, ...), null for another index.
+Object* StockPenOrBrush(int index);
 void Register(Object* obj);
 
 // The screen and its properties: 1024 x 768, 32 bits per pixel, 96 logical pixels per inch.
@@ -88,6 +111,10 @@ struct PixelSource {
 // Stretches the source rectangle (xs, ys, cxs, cys; top-down) onto the destination rectangle
 // (x, y, cx, cy) of dst with the stretch mode and raster operation. Negative extents mirror.
 // Pixels that fall outside either side are skipped. False for an unknown raster operation.
+// 0x00RRGGBB pixel of a COLORREF and back.
+inline std::uint32_t ToPixel(COLORREF c) { return ((c & 0xFF) << 16) | (c & 0xFF00) | ((c >> 16) & 0xFF); }
+inline COLORREF ToColor(std::uint32_t p) { return ((p & 0xFF) << 16) | (p & 0xFF00) | ((p >> 16) & 0xFF); }
+
 bool Stretch(Surface& dst, int x, int y, int cx, int cy, const PixelSource& src, int xs, int ys, int cxs, int cys,
              int mode, DWORD rop);
 

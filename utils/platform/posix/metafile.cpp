@@ -73,3 +73,11 @@ bool MetafileEnumRecords(HDC, HMETAFILE hmf, const std::vector<std::size_t>& rec
 }
 
 }  // namespace qm::platform
+
+namespace qm::platform {
+
+// No system recorder here: the library writes the records in the Windows metafile format.
+bool MetafileRecorderAvailable() { return false; }
+HMETAFILE MetafileRecordDib(int, int, const BITMAPINFO*, const void*) { return nullptr; }
+
+}  // namespace qm::platform

@@ -1,4 +1,5 @@
 #include "utils/platform/clipboard.h"
+#include "utils/platform/host.h"
 
 namespace qm::platform {
 
@@ -8,5 +9,9 @@ BOOL ClipboardEmpty() { return EmptyClipboard(); }
 HGLOBAL ClipboardGetData(UINT format) { return (HGLOBAL)GetClipboardData(format); }
 HGLOBAL ClipboardSetData(UINT format, HGLOBAL block) { return (HGLOBAL)SetClipboardData(format, block); }
 BOOL ClipboardIsFormatAvailable(UINT format) { return IsClipboardFormatAvailable(format); }
+void ClipboardUseDisplay(const char*) {}
+// The system's clipboard is the desktop's, and keeps what was put there.
+bool ClipboardIsDesktop() { return true; }
+bool ServeClipboardUntilReplaced(DWORD) { return true; }
 
 }  // namespace qm::platform

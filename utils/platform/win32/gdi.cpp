@@ -91,3 +91,60 @@ BOOL GdiDrawDibDraw(void* hdd, HDC hdc, int xDst, int yDst, int dxDst, int dyDst
 }
 
 }  // namespace qm::platform
+
+namespace qm::platform {
+
+HPEN GdiCreatePen(int style, int width, COLORREF color) { return CreatePen(style, width, color); }
+HBRUSH GdiCreateSolidBrush(COLORREF color) { return CreateSolidBrush(color); }
+BOOL GdiMoveToEx(HDC hdc, int x, int y, POINT* previous) { return MoveToEx(hdc, x, y, previous); }
+BOOL GdiLineTo(HDC hdc, int x, int y) { return LineTo(hdc, x, y); }
+BOOL GdiPolygon(HDC hdc, const POINT* points, int count) { return Polygon(hdc, points, count); }
+COLORREF GdiSetBkColor(HDC hdc, COLORREF color) { return SetBkColor(hdc, color); }
+COLORREF GdiGetBkColor(HDC hdc) { return GetBkColor(hdc); }
+DWORD GdiGetSysColor(int index) { return GetSysColor(index); }
+
+BOOL GdiTransparentBlt(HDC dst, int x, int y, int cx, int cy, HDC src, int xSrc, int ySrc, int cxSrc, int cySrc,
+                       COLORREF key) {
+    return TransparentBlt(dst, x, y, cx, cy, src, xSrc, ySrc, cxSrc, cySrc, key);
+}
+
+BOOL GdiSetDIBitsTransparent(HDC hdc, int x, int y, const BITMAPINFO* bmi, const void* bits, COLORREF key) {
+    if (!bmi || !bits) return FALSE;
+    const int w = bmi->bmiHeader.biWidth, h = bmi->bmiHeader.biHeight < 0 ? -bmi->bmiHeader.biHeight : bmi->bmiHeader.biHeight;
+    HDC mem = CreateCompatibleDC(hdc);
+    if (!mem) return FALSE;
+    // A 32-bit section holds any DIB's colours, whatever the target's own bitmap is.
+    BITMAPINFO bi32{};
+    bi32.bmiHeader.biSize = sizeof(BITMAPINFOHEADER);
+    bi32.bmiHeader.biWidth = w;
+    bi32.bmiHeader.biHeight = h;
+    bi32.bmiHeader.biPlanes = 1;
+    bi32.bmiHeader.biBitCount = 32;
+    void* pixels = nullptr;
+    HBITMAP bmp = CreateDIBSection(hdc, &bi32, DIB_RGB_COLORS, &pixels, nullptr, 0);
+    BOOL ok = FALSE;
+    if (bmp) {
+        HGDIOBJ old = SelectObject(mem, bmp);
+        if (SetDIBitsToDevice(mem, 0, 0, w, h, 0, 0, 0, h, bits, bmi, DIB_RGB_COLORS) > 0)
+            ok = TransparentBlt(hdc, x, y, w, h, mem, 0, 0, w, h, key);
+        SelectObject(mem, old);
+        DeleteObject(bmp);
+    }
+    DeleteDC(mem);
+    return ok;
+}
+
+BOOL GdiDrawDisabledBitmap(HDC hdc, HBITMAP bmp, int x, int y) {
+    return DrawStateA(hdc, nullptr, nullptr, (LPARAM)bmp, 0, x, y, 0, 0, DST_BITMAP | DSS_DISABLED);
+}
+
+BOOL GdiDrawAnimatedRects(HWND hwnd, const RECT* from, const RECT* to) {
+    return DrawAnimatedRects(hwnd, IDANI_CAPTION, from, to);
+}
+
+int GdiSetMapMode(HDC hdc, int mode) { return SetMapMode(hdc, mode); }
+int GdiGetMapMode(HDC hdc) { return GetMapMode(hdc); }
+BOOL GdiGetWindowExt(HDC hdc, SIZE* size) { return GetWindowExtEx(hdc, size); }
+BOOL GdiGetViewportExt(HDC hdc, SIZE* size) { return GetViewportExtEx(hdc, size); }
+
+}  // namespace qm::platform

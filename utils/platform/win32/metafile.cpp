@@ -43,3 +43,18 @@ bool MetafileEnumRecords(HDC hdc, HMETAFILE hmf, const std::vector<std::size_t>&
 }
 
 }  // namespace qm::platform
+
+namespace qm::platform {
+
+bool MetafileRecorderAvailable() { return true; }
+
+HMETAFILE MetafileRecordDib(int w, int h, const BITMAPINFO* bmi, const void* bits) {
+    HDC mdc = CreateMetaFileA(nullptr);
+    if (!mdc) return nullptr;
+    SetWindowOrgEx(mdc, 0, 0, nullptr);
+    SetWindowExtEx(mdc, w, h, nullptr);
+    StretchDIBits(mdc, 0, 0, w, h, 0, 0, w, h, bits, bmi, DIB_RGB_COLORS, SRCCOPY);
+    return CloseMetaFile(mdc);
+}
+
+}  // namespace qm::platform

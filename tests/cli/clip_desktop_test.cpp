@@ -1,0 +1,141 @@
+// qmutil clip on the Linux desktop clipboard: what qmutil copies outlives it (a background
+// qmutil serves it) and is pasted by xclip; what xclip copies is pasted by qmutil. Runs its own
+// X server; POSIX only, skipped without Xvfb or xclip.
+#if !defined(_WIN32)
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <thread>
+#include <vector>
+
+extern char** environ;
+
+namespace {
+
+namespace stdfs = std::filesystem;
+
+std::string Slurp(const stdfs::path& p) {
+    std::ifstream in(p, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+class QmutilDesktopClipboard : public testing::Test {
+protected:
+    void SetUp() override {
+        if (std::system("command -v Xvfb >/dev/null 2>&1 && command -v xclip >/dev/null 2>&1") != 0)
+            GTEST_SKIP() << "Xvfb or xclip missing";
+        dir_ = stdfs::temp_directory_path() / ("qmclip-" + std::to_string(getpid()));
+        stdfs::create_directories(dir_);
+        int fds[2];
+        ASSERT_EQ(pipe(fds), 0);
+        posix_spawn_file_actions_t a;
+        posix_spawn_file_actions_init(&a);
+        posix_spawn_file_actions_addopen(&a, 1, "/dev/null", O_WRONLY, 0);
+        posix_spawn_file_actions_addopen(&a, 2, "/dev/null", O_WRONLY, 0);
+        posix_spawn_file_actions_addclose(&a, fds[0]);
+        std::string fd = std::to_string(fds[1]);
+        std::vector<std::string> args = {"Xvfb", "-displayfd", fd, "-nolisten", "tcp", "-screen", "0", "64x64x24"};
+        std::vector<char*> argv;
+        for (auto& s : args) argv.push_back(s.data());
+        argv.push_back(nullptr);
+        ASSERT_EQ(posix_spawnp(&server_, "Xvfb", &a, nullptr, argv.data(), environ), 0);
+        posix_spawn_file_actions_destroy(&a);
+        close(fds[1]);
+        std::string number;
+        pollfd p{fds[0], POLLIN, 0};
+        char c;
+        while (poll(&p, 1, 10000) > 0 && read(fds[0], &c, 1) == 1 && c != '\n') number += c;
+        close(fds[0]);
+        ASSERT_FALSE(number.empty());
+        display_ = ":" + number;
+    }
+    void TearDown() override {
+        // Background servers and xclip end when the server goes.
+        if (server_ > 0) {
+            kill(server_, SIGTERM);
+            waitpid(server_, nullptr, 0);
+        }
+        std::error_code ec;
+        stdfs::remove_all(dir_, ec);
+    }
+
+    // Runs a program with DISPLAY set; returns its exit code, stdout in *out.
+    int Run(std::vector<std::string> args, std::string* out = nullptr, const std::string& in = "/dev/null") {
+        const stdfs::path o = dir_ / "stdout";
+        std::vector<std::string> env = {"DISPLAY=" + display_, "PATH=/usr/bin:/bin", "HOME=" + dir_.string(),
+                                        "LC_ALL=C"};
+        std::vector<char*> argv, envp;
+        args.insert(args.begin(), {"/usr/bin/timeout", "-s", "KILL", "30"});
+        for (auto& s : args) argv.push_back(s.data());
+        argv.push_back(nullptr);
+        for (auto& s : env) envp.push_back(s.data());
+        envp.push_back(nullptr);
+        posix_spawn_file_actions_t a;
+        posix_spawn_file_actions_init(&a);
+        posix_spawn_file_actions_addopen(&a, 0, in.c_str(), O_RDONLY, 0);
+        posix_spawn_file_actions_addopen(&a, 1, o.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        posix_spawn_file_actions_addopen(&a, 2, "/dev/null", O_WRONLY, 0);
+        pid_t pid = -1;
+        int status = -1;
+        if (posix_spawn(&pid, argv[0], &a, nullptr, argv.data(), envp.data()) == 0) waitpid(pid, &status, 0);
+        posix_spawn_file_actions_destroy(&a);
+        if (out) *out = Slurp(o);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    stdfs::path dir_;
+    std::string display_;
+    pid_t server_ = -1;
+};
+
+TEST_F(QmutilDesktopClipboard, CopiedTextOutlivesQmutilAndXclipPastesIt) {
+    ASSERT_EQ(Run({QM_QMUTIL_PATH, "clip", "copy", "one\ntwo \xE9"}), 0);
+    std::string pasted;
+    EXPECT_EQ(Run({"xclip", "-selection", "clipboard", "-o"}, &pasted), 0);
+    EXPECT_EQ(pasted, "one\ntwo \xC3\xA9");
+    // The other way: xclip copies (it forks and serves), qmutil pastes with CR LF.
+    std::ofstream(dir_ / "in.txt", std::ios::binary) << "from xclip\n";
+    ASSERT_EQ(Run({"xclip", "-selection", "clipboard", "-i"}, nullptr, (dir_ / "in.txt").string()), 0);
+    std::string got;
+    for (int i = 0; i < 50 && got.empty(); ++i) {
+        Run({QM_QMUTIL_PATH, "clip", "paste"}, &got);
+        if (got.empty()) std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    EXPECT_EQ(got, "from xclip\r\n");
+}
+
+TEST_F(QmutilDesktopClipboard, CopiedPicturesTravelBothWays) {
+    const std::string a = (dir_ / "a.bmp").string(), b = (dir_ / "b.bmp").string(), c = (dir_ / "c.bmp").string();
+    ASSERT_EQ(Run({QM_QMUTIL_PATH, "draw", "arrow", "2,10", "30,10", "--head", "9,8", "--size", "33,21", a}), 0);
+    ASSERT_EQ(Run({QM_QMUTIL_PATH, "clip", "copy-bmp", a}), 0);
+    std::string pasted;
+    EXPECT_EQ(Run({"xclip", "-selection", "clipboard", "-t", "image/bmp", "-o"}, &pasted), 0);
+    const std::string original = Slurp(a);
+    ASSERT_GT(pasted.size(), 54u);
+    // The same pixels after the headers (file sizes may differ by the row padding Save adds).
+    EXPECT_EQ(pasted.substr(54, 33 * 3), original.substr(54, 33 * 3));
+    ASSERT_EQ(Run({"xclip", "-selection", "clipboard", "-t", "image/bmp", "-i", a}), 0);
+    int rc = 2;
+    for (int i = 0; i < 50 && rc != 0; ++i) {
+        rc = Run({QM_QMUTIL_PATH, "clip", "paste-bmp", b});
+        if (rc) std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    ASSERT_EQ(rc, 0);
+    ASSERT_EQ(Run({QM_QMUTIL_PATH, "bmp", "to-wmf", b, c + ".wmf"}), 0);
+    ASSERT_EQ(Run({QM_QMUTIL_PATH, "bmp", "from-wmf", c + ".wmf", c}), 0);
+    EXPECT_EQ(Slurp(c), Slurp(b));
+}
+
+}  // namespace
+#endif
