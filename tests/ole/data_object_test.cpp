@@ -9,6 +9,7 @@
 
 #include "utils/common/OleUtils.h"
 #include "utils/framework/COleDataObject.h"
+#include "utils/platform/clipboard.h"
 #include "utils/platform/globalmem.h"
 #include "utils/platform/metafile.h"
 
@@ -152,7 +153,17 @@ TEST(DataObject, SourceAnswersLikeADataObject) {
     source->ExternalRelease();
 }
 
-TEST(DataObject, ThroughTheClipboard) {
+// Leaves the clipboard empty, so that nothing it holds outlives the test.
+class ClipboardDataObject : public ::testing::Test {
+protected:
+    void TearDown() override {
+        ASSERT_TRUE(plat::ClipboardOpen(nullptr));
+        plat::ClipboardEmpty();
+        plat::ClipboardClose();
+    }
+};
+
+TEST_F(ClipboardDataObject, ThroughTheClipboard) {
     auto cases = Formats();
     auto* source = new COleDataSource;
     Fill(source, cases);
@@ -205,7 +216,7 @@ void ExpectMetafilePict(COleDataObject& data) {
     OleReleaseStgMedium(&m);
 }
 
-TEST(DataObject, MetafilePictureDirectlyAndThroughTheClipboard) {
+TEST_F(ClipboardDataObject, MetafilePictureDirectlyAndThroughTheClipboard) {
     auto* source = new COleDataSource;
     source->CacheGlobalData(CF_METAFILEPICT, MetafilePict());
     {
