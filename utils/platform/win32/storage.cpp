@@ -114,9 +114,27 @@ void MediumRelease(STGMEDIUM* medium) {
     medium->pUnkForRelease = nullptr;
 }
 
+// (OleDuplicateData is not used: Wine's takes a CF_METAFILEPICT handle for the metafile itself.)
 HGLOBAL MediumDuplicateData(HGLOBAL block, CLIPFORMAT format) {
-    if (!block) return nullptr;
-    return (HGLOBAL)OleDuplicateData(block, format, GMEM_MOVEABLE);
+    SIZE_T size = block ? GlobalSize(block) : 0;
+    const BYTE* from = block ? (const BYTE*)GlobalLock(block) : nullptr;
+    if (!from) return nullptr;
+    HGLOBAL copy = GlobalAlloc(GMEM_MOVEABLE, size);
+    BYTE* to = copy ? (BYTE*)GlobalLock(copy) : nullptr;
+    if (to) {
+        std::memcpy(to, from, size);
+        // A metafile picture owns its metafile: the copy gets a metafile of its own.
+        if (format == CF_METAFILEPICT && size >= sizeof(METAFILEPICT)) {
+            auto* mfp = (METAFILEPICT*)to;
+            mfp->hMF = mfp->hMF ? CopyMetaFileA(mfp->hMF, nullptr) : nullptr;
+        }
+        GlobalUnlock(copy);
+    } else if (copy) {
+        GlobalFree(copy);
+        copy = nullptr;
+    }
+    GlobalUnlock(block);
+    return copy;
 }
 
 void* TaskMemAlloc(std::size_t bytes) { return CoTaskMemAlloc(bytes ? bytes : 1); }
