@@ -15,13 +15,13 @@ namespace {
 // An IUnknown that counts its references (it is never deleted: it lives on the stack).
 struct CountingUnknown : IUnknown {
     ULONG refs = 1;
-    HRESULT QueryInterface(REFIID, void** ppv) override {
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** ppv) override {
         *ppv = this;
         ++refs;
         return S_OK;
     }
-    ULONG AddRef() override { return ++refs; }
-    ULONG Release() override { return --refs; }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++refs; }
+    ULONG STDMETHODCALLTYPE Release() override { return --refs; }
 };
 
 // The reference count of an interface, read by a balanced AddRef/Release.
