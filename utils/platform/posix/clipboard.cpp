@@ -305,6 +305,8 @@ void ClipboardUseDisplay(const char* display) {
     Clipboard& c = Board();
     std::lock_guard<std::mutex> guard(c.lock);
     xclip::UseDisplay(display);
+    // Another clipboard from now on: what this one held is let go.
+    FreeAll(c);
     c.foreign = false;
 }
 
