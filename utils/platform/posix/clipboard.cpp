@@ -36,6 +36,8 @@ struct Clipboard {
     std::set<UINT> fetched;
     bool targetsKnown = false;
     std::vector<std::string> targets;
+    // What is left on the clipboard when the process ends is freed with it.
+    ~Clipboard();
 };
 
 Clipboard& Board() {
@@ -206,6 +208,8 @@ bool ForeignOffers(Clipboard& c, UINT format) {
     }
     return false;
 }
+
+Clipboard::~Clipboard() { FreeAll(*this); }
 
 UINT TextSource(Clipboard& c, UINT format) {
     return ClipboardTextSource(format, c.blocks.count(CF_TEXT) != 0, c.blocks.count(CF_OEMTEXT) != 0,
