@@ -13,11 +13,6 @@
 
 namespace plat = qm::platform;
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    plat::ClipboardUseDisplay(nullptr);  // never the desktop's clipboard
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     qmfuzz::QuietReports();
     if (size == 0 || size > (1u << 16)) return 0;

@@ -20,11 +20,6 @@ void Check(const CDIBitmap& bmp, bool ok) {
 }
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    qm::platform::ClipboardUseDisplay(nullptr);  // never the desktop's clipboard
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     qmfuzz::QuietReports();
     if (size > (1u << 20)) return 0;

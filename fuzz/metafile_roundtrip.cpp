@@ -9,7 +9,6 @@
 #include "quiet_reports.h"
 #include "utils/common/OleUtils.h"
 #include "utils/framework/CFile.h"
-#include "utils/platform/clipboard.h"
 #include "utils/platform/metafile.h"
 
 namespace {
@@ -24,11 +23,6 @@ bool SamePixels(const CDIBitmap& a, const CDIBitmap& b) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    qm::platform::ClipboardUseDisplay(nullptr);  // never the desktop's clipboard
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     qmfuzz::QuietReports();

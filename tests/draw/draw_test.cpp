@@ -128,6 +128,18 @@ TEST(DrawArrow, ZeroLengthDrawsNothingAndBadArgumentsAreReported) {
     EXPECT_EQ(canvas.At(10, 2), kPen);  // a plain line
 }
 
+TEST(DrawArrow, LinesFarBeyondTheSurfaceCostOnlyWhatTheyCross) {
+    Canvas canvas;
+    ArrowPen pens(canvas.dc, kPen, kBrush);
+    // Four billion pixels long: drawn across the surface, not stepped through.
+    canvas.dc.MoveTo(-2000000000, 10);
+    EXPECT_TRUE(canvas.dc.LineTo(2000000000, 10));
+    for (int x = 0; x < canvas.width; ++x) ASSERT_EQ(canvas.At(x, 10), kPen) << x;
+    EXPECT_TRUE(WndUtils::DrawArrow(&canvas.dc, CPoint(-2000000000, -2000000000), CPoint(2000000000, 2000000000),
+                                    2000000000, 2000000000));
+    EXPECT_EQ(canvas.At(20, 20), kPen);  // the shaft crosses the diagonal
+}
+
 // A W x H DIB of the depth with a pattern of colours, some of them the key.
 void Pattern(CDIBitmap& bmp, int w, int h, WORD bits, COLORREF key) {
     bmp.Create(w, h, bits);
@@ -243,6 +255,7 @@ TEST(ScaleBetween, RoundsAsMulDivAndRefusesWhatItCannotExpress) {
         {2, 1, -5, -3, true},        {2, 1, 3, 2, true},          {2, 1, -1, -1, true},
         {144, 96, -1, -1, true},     {96, 192, -1, -2, true},     {1, 1000, 3000000, 0, false},
         {0, 96, 5, 5, false},        {96, -96, 5, 5, false},      {96, 96, INT32_MIN, INT32_MIN, true},
+        {1, INT32_MAX, INT32_MIN, 0, false},  {INT32_MAX, 1, INT32_MIN, -1, true},
     };
     for (const Case& c : cases) {
         CPoint pt(c.in, 7);

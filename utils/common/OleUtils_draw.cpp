@@ -54,8 +54,9 @@ BOOL WithBitmapDC(CDC* pDC, CBitmap* pBitmap, F&& f) {
 
 // v * to / from rounded half away from zero; false when it leaves 32 bits.
 bool Scale(LONG& v, int to, int from) {
-    long long p = (long long)v * to;
-    long long q = p >= 0 ? (2 * p + from) / (2 * (long long)from) : -((-2 * p + from) / (2 * (long long)from));
+    const long long p = (long long)v * to;  // at most 2^62 in magnitude
+    long long q = p / from, r = p % from;
+    if (2 * (r < 0 ? -r : r) >= from) q += p < 0 ? -1 : 1;
     if (q < INT32_MIN || q > INT32_MAX) return false;
     v = (LONG)q;
     return true;

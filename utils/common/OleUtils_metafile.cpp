@@ -27,15 +27,24 @@ void PutDword(std::vector<BYTE>& out, std::uint32_t v) {
     PutWord(out, v >> 16);
 }
 
-// The bitmap's header with colour table (or masks), biSizeImage and biClrUsed filled in.
+// The bitmap's header as a plain 40-byte BITMAPINFOHEADER with biSizeImage and biClrUsed (the
+// number of colours written) filled in, then its masks (BI_BITFIELDS) and colour table: the
+// form every reader takes, whatever header the bitmap came with.
 std::vector<BYTE> InfoFor(const CDIBitmap& bitmap) {
-    const BYTE* info = (const BYTE*)bitmap.GetInfoHeader();
-    std::vector<BYTE> out(info, info + bitmap.GetInfoLength());
-    BITMAPINFOHEADER bi;
-    std::memcpy(&bi, out.data(), sizeof bi);
-    if (bi.biClrUsed == 0 && bi.biBitCount <= 8) bi.biClrUsed = 1u << bi.biBitCount;
+    const BITMAPINFOHEADER* h = bitmap.GetInfoHeader();
+    BITMAPINFOHEADER bi = *h;
+    bi.biSize = sizeof(BITMAPINFOHEADER);
+    const DWORD colours = bitmap.GetColorTableSize() / sizeof(RGBQUAD);
+    bi.biClrUsed = colours;
     bi.biSizeImage = bitmap.GetBitsSize();
-    std::memcpy(out.data(), &bi, sizeof bi);
+    std::vector<BYTE> out((const BYTE*)&bi, (const BYTE*)&bi + sizeof bi);
+    if (bi.biCompression == BI_BITFIELDS && (bi.biBitCount == 16 || bi.biBitCount == 32)) {
+        // The bitmap keeps its masks right after its header, as it reads them.
+        const BYTE* masks = (const BYTE*)h + h->biSize;
+        out.insert(out.end(), masks, masks + 12);
+    }
+    const BYTE* table = (const BYTE*)bitmap.GetColorTable();
+    if (table && colours) out.insert(out.end(), table, table + colours * sizeof(RGBQUAD));
     return out;
 }
 

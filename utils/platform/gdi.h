@@ -70,7 +70,8 @@ int GdiStretchDIBits(HDC hdc, int xDest, int yDest, int destWidth, int destHeigh
 int GdiGetDIBits(HDC hdc, HBITMAP bmp, UINT start, UINT cLines, void* bits, BITMAPINFO* bmi, UINT usage);
 
 // Pens and brushes, lines and polygons. The POSIX backend draws cosmetic pens (PS_SOLID and
-// PS_NULL; a pen wider than 1 puts a width x width square on every pixel of the line) and
+// PS_NULL; a pen wider than 1 puts a width x width square on every pixel of the line, at most
+// 256 wide) and
 // solid or null brushes; a new context has BLACK_PEN, WHITE_BRUSH and a white background.
 // Lines leave out their last pixel, as GDI's do; Polygon fills the pixels inside the outline
 // (even-odd rule, including the pixels on it) with the brush, then draws the closed outline

@@ -36,6 +36,8 @@ struct Clipboard {
     std::set<UINT> fetched;
     bool targetsKnown = false;
     std::vector<std::string> targets;
+    // What is left on the clipboard when the process ends is freed with it.
+    ~Clipboard();
 };
 
 Clipboard& Board() {
@@ -207,6 +209,8 @@ bool ForeignOffers(Clipboard& c, UINT format) {
     return false;
 }
 
+Clipboard::~Clipboard() { FreeAll(*this); }
+
 UINT TextSource(Clipboard& c, UINT format) {
     return ClipboardTextSource(format, c.blocks.count(CF_TEXT) != 0, c.blocks.count(CF_OEMTEXT) != 0,
                                c.blocks.count(CF_UNICODETEXT) != 0);
@@ -305,6 +309,8 @@ void ClipboardUseDisplay(const char* display) {
     Clipboard& c = Board();
     std::lock_guard<std::mutex> guard(c.lock);
     xclip::UseDisplay(display);
+    // Another clipboard from now on: what this one held is let go.
+    FreeAll(c);
     c.foreign = false;
 }
 

@@ -22,15 +22,21 @@ void Plot(Surface& s, long long x, long long y, int width, std::uint32_t p) {
         for (long long xx = std::max<long long>(x0, 0); xx < x1; ++xx) s.Row((int)yy)[xx] = p;
 }
 
-// a * b / c rounded half away from zero (c > 0).
-long long RoundDiv(long long a, long long c) { return a >= 0 ? (2 * a + c) / (2 * c) : -((-2 * a + c) / (2 * c)); }
+// a / c rounded half away from zero (c > 0); a may need more than 64 bits.
+long long RoundDiv(__int128 a, long long c) {
+    __int128 q = a / c, r = a % c;
+    if (2 * (r < 0 ? -r : r) >= c) q += a < 0 ? -1 : 1;
+    return (long long)q;
+}
 
 // The pixels of the segment a-b, both ends included, stepped along the major axis and
 // rounded half away from the first point's minor coordinate. The points are taken in a fixed
 // order (smaller major coordinate first), so a segment gives the same pixels whichever way it
 // is drawn, and segments that mirror each other give mirrored pixels.
+// Only the steps whose major coordinate lies within [lo, hi] are taken, so that a line far
+// larger than the surface costs no more than one across it.
 template <class F>
-void Segment(POINT a, POINT b, F&& put) {
+void Segment(POINT a, POINT b, long long xLo, long long xHi, long long yLo, long long yHi, F&& put) {
     long long dx = (long long)b.x - a.x, dy = (long long)b.y - a.y;
     bool xMajor = std::llabs(dx) >= std::llabs(dy);
     if ((xMajor && dx < 0) || (!xMajor && dy < 0)) {
@@ -43,11 +49,13 @@ void Segment(POINT a, POINT b, F&& put) {
         put(a.x, a.y);
         return;
     }
-    for (long long i = 0; i <= n; ++i) {
+    long long start = (long long)(xMajor ? a.x : a.y), lo = xMajor ? xLo : yLo, hi = xMajor ? xHi : yHi;
+    long long first = std::max<long long>(0, lo - start), last = std::min<long long>(n, hi - start);
+    for (long long i = first; i <= last; ++i) {
         if (xMajor)
-            put(a.x + i, a.y + RoundDiv(dy * i, n));
+            put(a.x + i, a.y + RoundDiv((__int128)dy * i, n));
         else
-            put(a.x + RoundDiv(dx * i, n), a.y + i);
+            put(a.x + RoundDiv((__int128)dx * i, n), a.y + i);
     }
 }
 
@@ -56,7 +64,8 @@ void DrawLine(Dc& dc, POINT a, POINT b, bool lastPixel) {
     if (pen.style == PS_NULL) return;
     Surface& s = *dc.surface;
     std::uint32_t p = ToPixel(pen.color);
-    Segment(a, b, [&](long long x, long long y) {
+    Segment(a, b, -pen.width, (long long)s.width + pen.width, -pen.width, (long long)s.height + pen.width,
+            [&](long long x, long long y) {
         if (!lastPixel && x == b.x && y == b.y) return;
         Plot(s, x, y, pen.width, p);
     });
@@ -111,7 +120,7 @@ HPEN GdiCreatePen(int style, int width, COLORREF color) {
     std::lock_guard<std::recursive_mutex> lock(Lock());
     auto* pen = new Pen;
     pen->style = style;
-    pen->width = std::clamp(width, 1, 4096);
+    pen->width = std::clamp(width, 1, 256);
     pen->color = color & 0xFFFFFF;
     Register(pen);
     return pen;
