@@ -181,9 +181,25 @@ void GatherRow24(BYTE* out, const BYTE* in, std::size_t inBytes, const std::uint
 }
 
 void PlanGather24(const std::uint32_t* offsets, std::size_t count, GatherPlan& plan) {
+    plan.targets = count;
     plan.runs = 0;
     plan.start.clear();
     plan.index.clear();
+    plan.blocks = 0;
+    plan.blockIndex.clear();
+    if (count >= 64) {
+        std::uint32_t lo = *std::min_element(offsets, offsets + 64), hi = *std::max_element(offsets, offsets + 64);
+        std::uint32_t step = count > 64 ? offsets[64] - offsets[0] : 0;
+        bool repeats = hi + 3 - lo <= 128;
+        for (std::size_t x = 0; repeats && x + 64 < count; ++x) repeats = offsets[x + 64] == offsets[x] + step;
+        if (repeats) {
+            plan.blocks = count / 64;
+            plan.blockStart = lo;
+            plan.blockStep = step;
+            for (std::size_t k = 0; k < 192; ++k) plan.blockIndex.push_back((BYTE)(offsets[k / 3] - lo + k % 3));
+            return;
+        }
+    }
     for (std::size_t first = 0; first + 16 <= count; first += 16) {
         std::uint32_t lo = offsets[first], hi = offsets[first];
         for (std::size_t k = first; k < first + 16; ++k) {

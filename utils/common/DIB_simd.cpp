@@ -112,14 +112,34 @@ QM_VBMI std::size_t GreyRow24_512(BYTE* row, const BYTE* copy, std::size_t width
     return x;
 }
 
-QM_VBMI std::size_t GatherRow24_512(BYTE* out, const BYTE* in, std::size_t inBytes, const GatherPlan& plan) {
+QM_VBMI std::size_t GatherRow24_512(BYTE* out, const BYTE* in, std::size_t inBytes, const GatherPlan& plan,
+                                    std::size_t copies, std::size_t outStride) {
+    if (plan.blocks) {
+        const __m512i idx[3] = {_mm512_loadu_si512(plan.blockIndex.data()), _mm512_loadu_si512(plan.blockIndex.data() + 64),
+                                _mm512_loadu_si512(plan.blockIndex.data() + 128)};
+        std::size_t b = 0;
+        for (std::size_t from = plan.blockStart; b < plan.blocks && from + 128 <= inBytes; ++b, from += plan.blockStep) {
+            __m512i lo = _mm512_loadu_si512(in + from), hi = _mm512_loadu_si512(in + from + 64);
+            for (int j = 0; j < 3; ++j) {
+                __m512i v = _mm512_permutex2var_epi8(lo, idx[j], hi);
+                BYTE* to = out + 192 * b + 64 * j;
+                for (std::size_t c = 0; c < copies; ++c, to += outStride) _mm512_storeu_si512(to, v);
+            }
+        }
+        return 64 * b;
+    }
+    // Each run writes 48 bytes; the whole 64-byte vector is stored where the 16 bytes past
+    // them are still the row's (the next run writes them again), a masked store at the end.
     const __mmask64 k48 = ((__mmask64)1 << 48) - 1;
     std::size_t r = 0;
     for (; r < plan.runs && plan.start[r] + 128 <= inBytes; ++r) {
         const BYTE* w = in + plan.start[r];
         __m512i idx = _mm512_loadu_si512(plan.index.data() + 64 * r);
         __m512i v = _mm512_permutex2var_epi8(_mm512_loadu_si512(w), idx, _mm512_loadu_si512(w + 64));
-        _mm512_mask_storeu_epi8(out + 48 * r, k48, v);
+        if (48 * r + 64 <= 3 * plan.targets)
+            _mm512_storeu_si512(out + 48 * r, v);
+        else
+            _mm512_mask_storeu_epi8(out + 48 * r, k48, v);
     }
     return 16 * r;
 }
@@ -156,7 +176,7 @@ QM_VBMI std::size_t Palette8To24_512(BYTE* out, const BYTE* in, std::size_t widt
 
 bool HasByteShuffle512() { return false; }
 std::size_t Palette8To24_512(BYTE*, const BYTE*, std::size_t, const BYTE*) { return 0; }
-std::size_t GatherRow24_512(BYTE*, const BYTE*, std::size_t, const GatherPlan&) { return 0; }
+std::size_t GatherRow24_512(BYTE*, const BYTE*, std::size_t, const GatherPlan&, std::size_t, std::size_t) { return 0; }
 void MapBytes512(BYTE* p, std::size_t n, const BYTE* table) {
     for (std::size_t i = 0; i < n; ++i) p[i] = table[p[i]];
 }
