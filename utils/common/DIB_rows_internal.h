@@ -55,6 +55,12 @@ std::size_t GreyRow24_512(BYTE* row, const BYTE* copy, std::size_t width);
 // The first pixels of RowTo24 for 8 bits, 64 at a time; returns how many were written.
 std::size_t Palette8To24_512(BYTE* out, const BYTE* in, std::size_t width, const BYTE* channels);
 
+// 16 rows of `width` 3-byte pixels from 16 columns, in blocks of 16 x 16 pixels: pixel i of
+// output row q (at out + q * outStep) is pixel q of input row i (at in + i * inStep); either
+// step may be negative. 64 bytes are read from each input row. Returns how many pixels of
+// each output row were written (16 per whole block), no byte past them.
+std::size_t Transpose24x16_512(const BYTE* in, std::ptrdiff_t inStep, BYTE* out, std::ptrdiff_t outStep, std::size_t width);
+
 // Byte indexes for GatherRow24_512: for each run of 16 target pixels whose source pixels lie
 // within 128 bytes, where that window starts and which of its bytes each target byte takes.
 // When the offsets repeat every 64 target pixels shifted by the same number of bytes and the

@@ -66,6 +66,19 @@ constexpr __mmask64 RedBytes(int j) {
 
 const __mmask64 k63 = ~(__mmask64)0 >> 1;
 
+// The transposition of 16 x 16 pixels in four rounds. Before round s each register holds,
+// for each of 16 >> s consecutive output rows, the same 1 << s consecutive input pixels (row
+// by row); a round merges two registers with the same output rows and following input rows
+// into two: the first half of the output rows, each with twice the pixels, and the second
+// half. Lo<S> and Hi<S> pick the bytes of the two results from the pair.
+template <int S, bool High>
+constexpr Bytes64 kMerge = Table([](int b) {
+    if (b >= 48) return 0;
+    int m = 1 << S, rows = 16 >> S;
+    int slot = b / 3, c = b % 3, row = slot / (2 * m) + (High ? rows / 2 : 0), j = slot % (2 * m);
+    return j < m ? 3 * (row * m + j) + c : 64 + 3 * (row * m + j - m) + c;
+});
+
 }  // namespace
 
 QM_VBMI void MapBytes512(BYTE* p, std::size_t n, const BYTE* table) {
@@ -144,6 +157,44 @@ QM_VBMI std::size_t GatherRow24_512(BYTE* out, const BYTE* in, std::size_t inByt
     return 16 * r;
 }
 
+QM_VBMI std::size_t Transpose24x16_512(const BYTE* in, std::ptrdiff_t inStep, BYTE* out, std::ptrdiff_t outStep,
+                                       std::size_t width) {
+    const __m512i lo[4] = {Load(kMerge<0, false>), Load(kMerge<1, false>), Load(kMerge<2, false>), Load(kMerge<3, false>)};
+    const __m512i hi[4] = {Load(kMerge<0, true>), Load(kMerge<1, true>), Load(kMerge<2, true>), Load(kMerge<3, true>)};
+    const __mmask64 k48 = ((__mmask64)1 << 48) - 1;
+    std::size_t x = 0;
+    for (; x + 16 <= width; x += 16, in += 16 * inStep, out += 48) {
+        __m512i r[16], n[16];
+#pragma GCC unroll 16
+        for (int j = 0; j < 16; ++j) r[j] = _mm512_loadu_si512(in + j * inStep);
+        // Register u * G + g of round s (G = 1 << s groups of output rows) holds output-row group
+        // g and input-row group u.
+#pragma GCC unroll 4
+        for (int s = 0; s < 4; ++s) {
+            const int G = 1 << s;
+#pragma GCC unroll 8
+            for (int u = 0; u < 8 / G; ++u)
+#pragma GCC unroll 8
+                for (int g = 0; g < G; ++g) {
+                    __m512i a = r[2 * u * G + g], b = r[(2 * u + 1) * G + g];
+                    n[u * 2 * G + 2 * g] = _mm512_permutex2var_epi8(a, lo[s], b);
+                    n[u * 2 * G + 2 * g + 1] = _mm512_permutex2var_epi8(a, hi[s], b);
+                }
+#pragma GCC unroll 16
+            for (int k = 0; k < 16; ++k) r[k] = n[k];
+        }
+        // 64 bytes per row where the 16 past the block are the next block's, 48 at the end.
+        if (x + 22 <= width) {
+#pragma GCC unroll 16
+            for (int q = 0; q < 16; ++q) _mm512_storeu_si512(out + q * outStep, r[q]);
+        } else {
+#pragma GCC unroll 16
+            for (int q = 0; q < 16; ++q) _mm512_mask_storeu_epi8(out + q * outStep, k48, r[q]);
+        }
+    }
+    return x;
+}
+
 QM_VBMI std::size_t Palette8To24_512(BYTE* out, const BYTE* in, std::size_t width, const BYTE* channels) {
     // Blue, green and red of 64 indexes through three tables of 256 bytes (each as two
     // two-register permutations, the index's top bit choosing the half), then interleaved
@@ -176,6 +227,7 @@ QM_VBMI std::size_t Palette8To24_512(BYTE* out, const BYTE* in, std::size_t widt
 
 bool HasByteShuffle512() { return false; }
 std::size_t Palette8To24_512(BYTE*, const BYTE*, std::size_t, const BYTE*) { return 0; }
+std::size_t Transpose24x16_512(const BYTE*, std::ptrdiff_t, BYTE*, std::ptrdiff_t, std::size_t) { return 0; }
 std::size_t GatherRow24_512(BYTE*, const BYTE*, std::size_t, const GatherPlan&, std::size_t, std::size_t) { return 0; }
 void MapBytes512(BYTE* p, std::size_t n, const BYTE* table) {
     for (std::size_t i = 0; i < n; ++i) p[i] = table[p[i]];
