@@ -1,11 +1,10 @@
 // Network names on POSIX: a drive whose directory lies on an SMB/CIFS or NFS mount reports its
 // share as \\server\share; no connection can be made from here.
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <string>
 
 #include "utils/platform/posix/files_internal.h"
+#include "utils/platform/posix/mount_table.h"
 
 namespace qm::platform {
 
@@ -17,10 +16,7 @@ DWORD NetworkGetConnection(LPCSTR localName, LPSTR remoteName, DWORD* length) {
     if (std::strlen(localName) != 2 || localName[1] != ':' || DriveIndex(localName[0]) < 0) return ERROR_BAD_DEVICE;
     std::string dir = DriveDir(DriveIndex(localName[0]));
     if (dir.empty()) return ERROR_NOT_CONNECTED;
-    std::ifstream in("/proc/self/mounts");
-    std::stringstream table;
-    table << in.rdbuf();
-    std::string remote = RemoteNameFromMountTable(table.str(), dir);
+    std::string remote = RemoteNameFromMountTable(mounts::Current()->text, dir);
     if (remote.empty()) return ERROR_NOT_CONNECTED;
     if (!remoteName || *length <= remote.size()) {
         *length = (DWORD)remote.size() + 1;

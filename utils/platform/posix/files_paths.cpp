@@ -8,12 +8,10 @@
 #include <unistd.h>
 
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <vector>
 
-#include "utils/platform/files_text.h"
 #include "utils/platform/posix/files_internal.h"
+#include "utils/platform/posix/mount_table.h"
 #include "utils/platform/posix/name_cache.h"
 
 namespace qm::platform {
@@ -42,13 +40,6 @@ namespace posixfs {
 using namespace pathmodel;
 
 namespace {
-
-std::vector<std::pair<std::string, std::string>> ReadNetworkMounts() {
-    std::ifstream in("/proc/self/mounts");
-    std::stringstream text;
-    text << in.rdbuf();
-    return NetworkMounts(text.str());
-}
 
 unsigned char FoldByte(unsigned char c) {
     if (c >= 'A' && c <= 'Z') return (unsigned char)(c + 32);
@@ -111,7 +102,8 @@ bool NativeOf(const FullPath& fp, std::string& native, bool resolveCase, std::st
         // A share is reached through the network mount that holds it.
         std::string wanted = fp.root;
         bool found = false;
-        for (const auto& [remote, mount] : ReadNetworkMounts()) {
+        const auto table = mounts::Current();
+        for (const auto& [remote, mount] : table->shares) {
             std::string full = wanted;
             for (const auto& p : parts) full += "\\" + p;
             if (full.size() >= remote.size() && EqualNoCase(full.substr(0, remote.size()), remote) &&
