@@ -70,7 +70,7 @@ const __mmask64 k63 = ~(__mmask64)0 >> 1;
 // for each of 16 >> s consecutive output rows, the same 1 << s consecutive input pixels (row
 // by row); a round merges two registers with the same output rows and following input rows
 // into two: the first half of the output rows, each with twice the pixels, and the second
-// half. Lo<S> and Hi<S> pick the bytes of the two results from the pair.
+// half. kMerge<S, false> and kMerge<S, true> pick the bytes of the two results from the pair.
 template <int S, bool High>
 constexpr Bytes64 kMerge = Table([](int b) {
     if (b >= 48) return 0;
@@ -157,6 +157,24 @@ QM_VBMI std::size_t GatherRow24_512(BYTE* out, const BYTE* in, std::size_t inByt
     return 16 * r;
 }
 
+// One round: register u * G + g (G = 1 << S groups of output rows) holds output-row group g
+// and input-row group u.
+template <int S>
+QM_VBMI __attribute__((always_inline)) inline void MergeRound(__m512i* r, __m512i lo, __m512i hi) {
+    constexpr int G = 1 << S;
+    __m512i n[16];
+#pragma GCC unroll 8
+    for (int u = 0; u < 8 / G; ++u)
+#pragma GCC unroll 8
+        for (int g = 0; g < G; ++g) {
+            __m512i a = r[2 * u * G + g], b = r[(2 * u + 1) * G + g];
+            n[u * 2 * G + 2 * g] = _mm512_permutex2var_epi8(a, lo, b);
+            n[u * 2 * G + 2 * g + 1] = _mm512_permutex2var_epi8(a, hi, b);
+        }
+#pragma GCC unroll 16
+    for (int k = 0; k < 16; ++k) r[k] = n[k];
+}
+
 QM_VBMI std::size_t Transpose24x16_512(const BYTE* in, std::ptrdiff_t inStep, BYTE* out, std::ptrdiff_t outStep,
                                        std::size_t width) {
     const __m512i lo[4] = {Load(kMerge<0, false>), Load(kMerge<1, false>), Load(kMerge<2, false>), Load(kMerge<3, false>)};
@@ -164,25 +182,13 @@ QM_VBMI std::size_t Transpose24x16_512(const BYTE* in, std::ptrdiff_t inStep, BY
     const __mmask64 k48 = ((__mmask64)1 << 48) - 1;
     std::size_t x = 0;
     for (; x + 16 <= width; x += 16, in += 16 * inStep, out += 48) {
-        __m512i r[16], n[16];
+        __m512i r[16];
 #pragma GCC unroll 16
         for (int j = 0; j < 16; ++j) r[j] = _mm512_loadu_si512(in + j * inStep);
-        // Register u * G + g of round s (G = 1 << s groups of output rows) holds output-row group
-        // g and input-row group u.
-#pragma GCC unroll 4
-        for (int s = 0; s < 4; ++s) {
-            const int G = 1 << s;
-#pragma GCC unroll 8
-            for (int u = 0; u < 8 / G; ++u)
-#pragma GCC unroll 8
-                for (int g = 0; g < G; ++g) {
-                    __m512i a = r[2 * u * G + g], b = r[(2 * u + 1) * G + g];
-                    n[u * 2 * G + 2 * g] = _mm512_permutex2var_epi8(a, lo[s], b);
-                    n[u * 2 * G + 2 * g + 1] = _mm512_permutex2var_epi8(a, hi[s], b);
-                }
-#pragma GCC unroll 16
-            for (int k = 0; k < 16; ++k) r[k] = n[k];
-        }
+        MergeRound<0>(r, lo[0], hi[0]);
+        MergeRound<1>(r, lo[1], hi[1]);
+        MergeRound<2>(r, lo[2], hi[2]);
+        MergeRound<3>(r, lo[3], hi[3]);
         // 64 bytes per row where the 16 past the block are the next block's, 48 at the end.
         if (x + 22 <= width) {
 #pragma GCC unroll 16
