@@ -97,7 +97,7 @@ TEST(DibRows, MirrorKeepsThePaddingAndReversesEveryPixel) {
 TEST(DibRows, SquareQuarterTurnsMatchTheTurnOfANewBlock) {
     std::mt19937 rng(3);
     for (int bpp : {8, 24, 32})
-        for (int side : {1, 2, 3, 31, 32, 33, 63, 64, 65, 97, 255, 256, 257, 300}) {
+        for (int side : {1, 2, 3, 16, 17, 31, 32, 33, 44, 45, 63, 64, 65, 97, 129, 255, 256, 257, 300}) {
             SCOPED_TRACE(testing::Message() << bpp << " bits, side " << side);
             CDIBitmap b;
             MakeNoisy(b, side, side, bpp, rng);
