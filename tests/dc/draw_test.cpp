@@ -123,6 +123,7 @@ TEST(DIBDrawing, DrawReportsASourceRectangleOutsideThePicture) {
     EXPECT_EQ(m.dc.GetPixel(0, 0), kBackground);
 }
 
+#if !defined(_WIN32)  // the two paths compared are this backend's; Windows samples each raster operation its own way
 // A scaled copy (SRCCOPY) samples rows and columns on its own fast path; OR-ing the source
 // onto black (SRCPAINT) goes through the general one. Both must give the same pixels, over
 // widths around the 16-pixel groups and 128-byte windows of the 24-bit reader, padded and
@@ -174,5 +175,6 @@ TEST(DIBDrawing, ScaledCopiesOfDibRowsMatchTheGeneralStretch) {
                 }
             }
 }
+#endif
 
 }  // namespace
