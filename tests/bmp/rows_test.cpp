@@ -97,7 +97,7 @@ TEST(DibRows, MirrorKeepsThePaddingAndReversesEveryPixel) {
 TEST(DibRows, SquareQuarterTurnsMatchTheTurnOfANewBlock) {
     std::mt19937 rng(3);
     for (int bpp : {8, 24, 32})
-        for (int side : {1, 2, 3, 31, 32, 33, 63, 64, 65, 97, 255, 256, 257, 300}) {
+        for (int side : {1, 2, 3, 16, 17, 31, 32, 33, 44, 45, 63, 64, 65, 97, 129, 255, 256, 257, 300}) {
             SCOPED_TRACE(testing::Message() << bpp << " bits, side " << side);
             CDIBitmap b;
             MakeNoisy(b, side, side, bpp, rng);
@@ -120,7 +120,9 @@ TEST(DibRows, ResizeTakesTheNearestOrMiddlePixelOfEachRowAndColumn) {
     std::mt19937 rng(9);
     struct Case {
         int w, h, nw, nh;
-    } cases[] = {{5, 4, 7, 9}, {33, 17, 100, 18}, {3, 3, 3, 8}, {64, 9, 65, 9}, {40, 30, 13, 7}, {17, 5, 16, 5}, {9, 21, 2, 20}};
+    } cases[] = {{5, 4, 7, 9},    {33, 17, 100, 18}, {3, 3, 3, 8},     {64, 9, 65, 9},   {40, 30, 13, 7},
+                 {17, 5, 16, 5},  {9, 21, 2, 20},    {64, 3, 128, 6},  {97, 4, 194, 8},  {33, 2, 66, 5},
+                 {100, 5, 400, 11}, {128, 3, 192, 4}, {1, 1, 64, 3},   {301, 4, 150, 2}, {256, 2, 128, 1}};
     for (const Case& c : cases) {
         SCOPED_TRACE(testing::Message() << c.w << "x" << c.h << " to " << c.nw << "x" << c.nh);
         CDIBitmap b;

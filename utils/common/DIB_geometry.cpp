@@ -268,18 +268,20 @@ int CDIBitmap::Resize(const CSize& size) {
         qm::dib::GatherPlan plan;
         bool wide = qm::dib::HasByteShuffle512();
         if (wide) qm::dib::PlanGather24(offsets.data(), offsets.size(), plan);
-        for (int y = 0; y < size.cy; ++y) {
+        for (int y = 0; y < size.cy;) {
             BYTE* out = result.GetBits() + dstStride * y;
-            int from = rows[(size_t)y].first;
-            if (y > 0 && from == rows[(size_t)y - 1].first) {
-                std::memcpy(out, out - dstStride, (size_t)dstStride);
-                continue;
-            }
+            int from = rows[(size_t)y].first, copies = 1;
+            while (y + copies < size.cy && rows[(size_t)(y + copies)].first == from) ++copies;
             const BYTE* in = src->GetBits() + srcStride * from;
             size_t inBytes = (size_t)(src->GetBitsSize() - srcStride * from);
-            size_t done = wide ? qm::dib::GatherRow24_512(out, in, inBytes, plan) : 0;
+            // The kernel writes its part of every row that repeats this one; the rest of
+            // those rows is copied from the first.
+            size_t done = wide ? qm::dib::GatherRow24_512(out, in, inBytes, plan, (size_t)copies, (size_t)dstStride) : 0;
+            size_t shared = plan.blocks ? 3 * done : 0;  // bytes already in every copy
             qm::dib::GatherRow24(out + 3 * done, in, inBytes, offsets.data() + done, offsets.size() - done);
             std::memset(out + used, 0, (size_t)(dstStride - used));
+            for (int k = 1; k < copies; ++k) std::memcpy(out + dstStride * k + shared, out + shared, (size_t)dstStride - shared);
+            y += copies;
         }
         Release(*this);
         MoveFrom(result);

@@ -181,9 +181,25 @@ void GatherRow24(BYTE* out, const BYTE* in, std::size_t inBytes, const std::uint
 }
 
 void PlanGather24(const std::uint32_t* offsets, std::size_t count, GatherPlan& plan) {
+    plan.targets = count;
     plan.runs = 0;
     plan.start.clear();
     plan.index.clear();
+    plan.blocks = 0;
+    plan.blockIndex.clear();
+    if (count >= 64) {
+        std::uint32_t lo = *std::min_element(offsets, offsets + 64), hi = *std::max_element(offsets, offsets + 64);
+        std::uint32_t step = count > 64 ? offsets[64] - offsets[0] : 0;
+        bool repeats = hi + 3 - lo <= 128;
+        for (std::size_t x = 0; repeats && x + 64 < count; ++x) repeats = offsets[x + 64] == offsets[x] + step;
+        if (repeats) {
+            plan.blocks = count / 64;
+            plan.blockStart = lo;
+            plan.blockStep = step;
+            for (std::size_t k = 0; k < 192; ++k) plan.blockIndex.push_back((BYTE)(offsets[k / 3] - lo + k % 3));
+            return;
+        }
+    }
     for (std::size_t first = 0; first + 16 <= count; first += 16) {
         std::uint32_t lo = offsets[first], hi = offsets[first];
         for (std::size_t k = first; k < first + 16; ++k) {
@@ -229,11 +245,12 @@ void TurnTiles(BYTE* bits, std::uint64_t stride, int side, bool clockwise) {
     auto image = [m, clockwise](const Box& b) {
         return clockwise ? Box{m - b.y1 + 1, m - b.y0 + 1, b.x0, b.x1} : Box{b.y0, b.y1, m - b.x1 + 1, m - b.x0 + 1};
     };
-    // On the heap: four tiles of 32-bit pixels would be 64 KiB of a caller's stack.
-    constexpr std::size_t kBlock = kTile * kTile * N + 8;
-    std::vector<BYTE> storage(4 * kBlock + kTile * N + 8);
+    // On the heap: four tiles of 32-bit pixels would be 64 KiB of a caller's stack. Each block
+    // has 64 bytes to spare, read (never used) past its last pixel by the 64-byte kernels.
+    constexpr std::size_t kBlock = kTile * kTile * N + 64;
+    std::vector<BYTE> storage(4 * kBlock);
     BYTE* blocks[4] = {storage.data(), storage.data() + kBlock, storage.data() + 2 * kBlock, storage.data() + 3 * kBlock};
-    BYTE* row = storage.data() + 4 * kBlock;
+    const bool wide = N == 3 && HasByteShuffle512();
     for (int y0 = 0; y0 < side / 2; y0 += kTile)
         for (int x0 = 0; x0 < (side + 1) / 2; x0 += kTile) {
             Box box[4];
@@ -251,23 +268,47 @@ void TurnTiles(BYTE* bits, std::uint64_t stride, int side, bool clockwise) {
                 const BYTE* src = blocks[(k + 1) & 3];
                 std::size_t sw = (std::size_t)(s.x1 - s.x0) * N;
                 int n = b.x1 - b.x0;
-                for (int y = b.y0; y < b.y1; ++y) {
+                // Along a row of the target the source position moves along a column of the
+                // block (by `step`), and from one target row to the next along a row of it
+                // (left clockwise, right counter-clockwise).
+                const std::ptrdiff_t step = clockwise ? (std::ptrdiff_t)sw : -(std::ptrdiff_t)sw;
+                auto source = [&](int y) {
                     int fx, fy;
                     from(b.x0, y, fx, fy);
-                    // Along a row of the target the source position moves along a column.
-                    const BYTE* p = src + (std::size_t)(fy - s.y0) * sw + N * (std::size_t)(fx - s.x0);
-                    std::ptrdiff_t step = clockwise ? (std::ptrdiff_t)sw : -(std::ptrdiff_t)sw;
+                    return src + (std::size_t)(fy - s.y0) * sw + N * (std::size_t)(fx - s.x0);
+                };
+                auto target = [&](int y) { return bits + stride * (std::uint64_t)y + N * (std::uint64_t)b.x0; };
+                int y = b.y0;
+                if (wide) {
+                    // 16 target rows at a time in blocks of 16 x 16 pixels: output row q of a
+                    // block is target row y + q counter-clockwise, y + 15 - q clockwise.
+                    const std::ptrdiff_t outStep = clockwise ? -(std::ptrdiff_t)stride : (std::ptrdiff_t)stride;
+                    for (; y + 16 <= b.y1; y += 16) {
+                        const BYTE* p = source(clockwise ? y + 15 : y);
+                        BYTE* out = target(clockwise ? y + 15 : y);
+                        int i = (int)Transpose24x16_512(p, step, out, outStep, (std::size_t)n);
+                        for (int k = 0; k < 16; ++k) {
+                            const BYTE* q = source(y + k) + i * step;
+                            BYTE* o = target(y + k) + 3 * i;
+                            for (int t = i; t < n; ++t, q += step, o += 3) std::memcpy(o, q, 3);
+                        }
+                    }
+                }
+                for (; y < b.y1; ++y) {
+                    const BYTE* p = source(y);
+                    BYTE* out = target(y);
                     if (N == 3) {
-                        // Four pixels packed into 12 bytes take two stores instead of four.
+                        // Four pixels packed into 12 bytes take two stores instead of four;
+                        // the last pixel is written alone, the byte after it being another's.
                         int i = 0;
                         for (; i + 4 <= n; i += 4, p += 4 * step)
-                            Put4x3(row + 3 * i, Load32(p) & 0xFFFFFFu, Load32(p + step) & 0xFFFFFFu,
+                            Put4x3(out + 3 * i, Load32(p) & 0xFFFFFFu, Load32(p + step) & 0xFFFFFFu,
                                    Load32(p + 2 * step) & 0xFFFFFFu, Load32(p + 3 * step));
-                        for (; i < n; ++i, p += step) Store32(row + 3 * i, Load32(p));
+                        for (; i + 1 < n; ++i, p += step) Store32(out + 3 * i, Load32(p));
+                        if (i < n) std::memcpy(out + 3 * i, p, 3);
                     } else {
-                        for (int i = 0; i < n; ++i, p += step) std::memcpy(row + N * i, p, N);
+                        for (int i = 0; i < n; ++i, p += step) std::memcpy(out + N * i, p, N);
                     }
-                    std::memcpy(bits + stride * (std::uint64_t)y + N * (std::uint64_t)b.x0, row, N * (std::size_t)n);
                 }
             }
         }

@@ -55,16 +55,33 @@ std::size_t GreyRow24_512(BYTE* row, const BYTE* copy, std::size_t width);
 // The first pixels of RowTo24 for 8 bits, 64 at a time; returns how many were written.
 std::size_t Palette8To24_512(BYTE* out, const BYTE* in, std::size_t width, const BYTE* channels);
 
+// 16 rows of `width` 3-byte pixels from 16 columns, in blocks of 16 x 16 pixels: pixel i of
+// output row q (at out + q * outStep) is pixel q of input row i (at in + i * inStep); either
+// step may be negative. 64 bytes are read from each input row. Returns how many pixels of
+// each output row were written (16 per whole block), no byte past them.
+std::size_t Transpose24x16_512(const BYTE* in, std::ptrdiff_t inStep, BYTE* out, std::ptrdiff_t outStep, std::size_t width);
+
 // Byte indexes for GatherRow24_512: for each run of 16 target pixels whose source pixels lie
 // within 128 bytes, where that window starts and which of its bytes each target byte takes.
+// When the offsets repeat every 64 target pixels shifted by the same number of bytes and the
+// first 64 take their bytes from within 128 (growing by 1.5 or more, as doubling does), the
+// whole row goes in blocks of 64 pixels (192 bytes, three full permutations) with one set of
+// indexes instead.
 struct GatherPlan {
-    std::size_t runs = 0;  // leading runs that have a window
+    std::size_t targets = 0;  // the count planned for
+    std::size_t runs = 0;     // leading runs that have a window
     std::vector<std::uint32_t> start;
     std::vector<BYTE> index;  // 64 per run
+    std::size_t blocks = 0;   // whole repeating blocks of 64 (0: the runs are used)
+    std::uint32_t blockStart = 0, blockStep = 0;
+    std::vector<BYTE> blockIndex;  // 192
 };
 void PlanGather24(const std::uint32_t* offsets, std::size_t count, GatherPlan& plan);
 // GatherRow24 for the planned runs whose window lies inside the `inBytes` readable bytes;
-// returns how many target pixels were written (16 per run, from the first).
-std::size_t GatherRow24_512(BYTE* out, const BYTE* in, std::size_t inBytes, const GatherPlan& plan);
+// returns how many target pixels were written (16 per run, from the first). With repeating
+// blocks the pixels are also written to the `copies` - 1 rows that follow `out` at `outStride`
+// bytes from each other (a row read once for every target row that samples it).
+std::size_t GatherRow24_512(BYTE* out, const BYTE* in, std::size_t inBytes, const GatherPlan& plan,
+                            std::size_t copies = 1, std::size_t outStride = 0);
 
 }  // namespace qm::dib

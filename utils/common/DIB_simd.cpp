@@ -66,6 +66,19 @@ constexpr __mmask64 RedBytes(int j) {
 
 const __mmask64 k63 = ~(__mmask64)0 >> 1;
 
+// The transposition of 16 x 16 pixels in four rounds. Before round s each register holds,
+// for each of 16 >> s consecutive output rows, the same 1 << s consecutive input pixels (row
+// by row); a round merges two registers with the same output rows and following input rows
+// into two: the first half of the output rows, each with twice the pixels, and the second
+// half. kMerge<S, false> and kMerge<S, true> pick the bytes of the two results from the pair.
+template <int S, bool High>
+constexpr Bytes64 kMerge = Table([](int b) {
+    if (b >= 48) return 0;
+    int m = 1 << S, rows = 16 >> S;
+    int slot = b / 3, c = b % 3, row = slot / (2 * m) + (High ? rows / 2 : 0), j = slot % (2 * m);
+    return j < m ? 3 * (row * m + j) + c : 64 + 3 * (row * m + j - m) + c;
+});
+
 }  // namespace
 
 QM_VBMI void MapBytes512(BYTE* p, std::size_t n, const BYTE* table) {
@@ -112,16 +125,80 @@ QM_VBMI std::size_t GreyRow24_512(BYTE* row, const BYTE* copy, std::size_t width
     return x;
 }
 
-QM_VBMI std::size_t GatherRow24_512(BYTE* out, const BYTE* in, std::size_t inBytes, const GatherPlan& plan) {
+QM_VBMI std::size_t GatherRow24_512(BYTE* out, const BYTE* in, std::size_t inBytes, const GatherPlan& plan,
+                                    std::size_t copies, std::size_t outStride) {
+    if (plan.blocks) {
+        const __m512i idx[3] = {_mm512_loadu_si512(plan.blockIndex.data()), _mm512_loadu_si512(plan.blockIndex.data() + 64),
+                                _mm512_loadu_si512(plan.blockIndex.data() + 128)};
+        std::size_t b = 0;
+        for (std::size_t from = plan.blockStart; b < plan.blocks && from + 128 <= inBytes; ++b, from += plan.blockStep) {
+            __m512i lo = _mm512_loadu_si512(in + from), hi = _mm512_loadu_si512(in + from + 64);
+            for (int j = 0; j < 3; ++j) {
+                __m512i v = _mm512_permutex2var_epi8(lo, idx[j], hi);
+                BYTE* to = out + 192 * b + 64 * j;
+                for (std::size_t c = 0; c < copies; ++c, to += outStride) _mm512_storeu_si512(to, v);
+            }
+        }
+        return 64 * b;
+    }
+    // Each run writes 48 bytes; the whole 64-byte vector is stored where the 16 bytes past
+    // them are still the row's (the next run writes them again), a masked store at the end.
     const __mmask64 k48 = ((__mmask64)1 << 48) - 1;
     std::size_t r = 0;
     for (; r < plan.runs && plan.start[r] + 128 <= inBytes; ++r) {
         const BYTE* w = in + plan.start[r];
         __m512i idx = _mm512_loadu_si512(plan.index.data() + 64 * r);
         __m512i v = _mm512_permutex2var_epi8(_mm512_loadu_si512(w), idx, _mm512_loadu_si512(w + 64));
-        _mm512_mask_storeu_epi8(out + 48 * r, k48, v);
+        if (48 * r + 64 <= 3 * plan.targets)
+            _mm512_storeu_si512(out + 48 * r, v);
+        else
+            _mm512_mask_storeu_epi8(out + 48 * r, k48, v);
     }
     return 16 * r;
+}
+
+// One round: register u * G + g (G = 1 << S groups of output rows) holds output-row group g
+// and input-row group u.
+template <int S>
+QM_VBMI __attribute__((always_inline)) inline void MergeRound(__m512i* r, __m512i lo, __m512i hi) {
+    constexpr int G = 1 << S;
+    __m512i n[16];
+#pragma GCC unroll 8
+    for (int u = 0; u < 8 / G; ++u)
+#pragma GCC unroll 8
+        for (int g = 0; g < G; ++g) {
+            __m512i a = r[2 * u * G + g], b = r[(2 * u + 1) * G + g];
+            n[u * 2 * G + 2 * g] = _mm512_permutex2var_epi8(a, lo, b);
+            n[u * 2 * G + 2 * g + 1] = _mm512_permutex2var_epi8(a, hi, b);
+        }
+#pragma GCC unroll 16
+    for (int k = 0; k < 16; ++k) r[k] = n[k];
+}
+
+QM_VBMI std::size_t Transpose24x16_512(const BYTE* in, std::ptrdiff_t inStep, BYTE* out, std::ptrdiff_t outStep,
+                                       std::size_t width) {
+    const __m512i lo[4] = {Load(kMerge<0, false>), Load(kMerge<1, false>), Load(kMerge<2, false>), Load(kMerge<3, false>)};
+    const __m512i hi[4] = {Load(kMerge<0, true>), Load(kMerge<1, true>), Load(kMerge<2, true>), Load(kMerge<3, true>)};
+    const __mmask64 k48 = ((__mmask64)1 << 48) - 1;
+    std::size_t x = 0;
+    for (; x + 16 <= width; x += 16, in += 16 * inStep, out += 48) {
+        __m512i r[16];
+#pragma GCC unroll 16
+        for (int j = 0; j < 16; ++j) r[j] = _mm512_loadu_si512(in + j * inStep);
+        MergeRound<0>(r, lo[0], hi[0]);
+        MergeRound<1>(r, lo[1], hi[1]);
+        MergeRound<2>(r, lo[2], hi[2]);
+        MergeRound<3>(r, lo[3], hi[3]);
+        // 64 bytes per row where the 16 past the block are the next block's, 48 at the end.
+        if (x + 22 <= width) {
+#pragma GCC unroll 16
+            for (int q = 0; q < 16; ++q) _mm512_storeu_si512(out + q * outStep, r[q]);
+        } else {
+#pragma GCC unroll 16
+            for (int q = 0; q < 16; ++q) _mm512_mask_storeu_epi8(out + q * outStep, k48, r[q]);
+        }
+    }
+    return x;
 }
 
 QM_VBMI std::size_t Palette8To24_512(BYTE* out, const BYTE* in, std::size_t width, const BYTE* channels) {
@@ -156,7 +233,8 @@ QM_VBMI std::size_t Palette8To24_512(BYTE* out, const BYTE* in, std::size_t widt
 
 bool HasByteShuffle512() { return false; }
 std::size_t Palette8To24_512(BYTE*, const BYTE*, std::size_t, const BYTE*) { return 0; }
-std::size_t GatherRow24_512(BYTE*, const BYTE*, std::size_t, const GatherPlan&) { return 0; }
+std::size_t Transpose24x16_512(const BYTE*, std::ptrdiff_t, BYTE*, std::ptrdiff_t, std::size_t) { return 0; }
+std::size_t GatherRow24_512(BYTE*, const BYTE*, std::size_t, const GatherPlan&, std::size_t, std::size_t) { return 0; }
 void MapBytes512(BYTE* p, std::size_t n, const BYTE* table) {
     for (std::size_t i = 0; i < n; ++i) p[i] = table[p[i]];
 }

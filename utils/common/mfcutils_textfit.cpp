@@ -1,7 +1,9 @@
 #include "utils/common/mfcutils_textfit.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -14,12 +16,15 @@ namespace {
 
 thread_local unsigned long t_measures = 0;
 
+constexpr int kUnmeasured = INT_MIN;
+
 // Measures prefixes of one text on one context, directly or from a known shorter prefix.
 struct Measurer {
     CDC* pDC;
     const char* text;
     int* pTabStop;
     long long avg;
+    int* widths;  // each character's width once measured, kUnmeasured before (256 entries)
 
     long long Direct(int from, int count) {
         ++t_measures;
@@ -29,10 +34,11 @@ struct Measurer {
     long long CharWidth(int i) {
         unsigned char c = (unsigned char)text[i];
         if (c == '\t') return pTabStop ? *pTabStop : 8 * avg;
+        if (widths[c] != kUnmeasured) return widths[c];
         ++t_measures;
         int w = 0;
         pDC->GetCharWidth(c, c, &w);
-        return w;
+        return widths[c] = w;
     }
 
     // Extent of characters 0..guess, given the extent of 0..left (left < 0: nothing known).
@@ -116,10 +122,11 @@ private:
     bool m_wordEnds;
 };
 
-}  // namespace
-
-int MapWidthToCharPos(CDC* pDC, LONG nWidth, const char* pText, int nLen, int* pTabStop, LONG* pExtent,
-                      TSpacesConsideration spaces, LONG nAvgCharWidth) {
+// MapWidthToCharPos with the widths of single characters kept in `widths` (256 entries,
+// kUnmeasured for a character not measured yet), so that the lines of one text on one
+// context share them.
+int MapWidth(CDC* pDC, LONG nWidth, const char* pText, int nLen, int* pTabStop, LONG* pExtent,
+             TSpacesConsideration spaces, LONG nAvgCharWidth, int* widths) {
     if (pExtent) *pExtent = 0;
     // Without a context or a text nothing can be measured; a length below -1 is taken as 0.
     if (!pDC || !pText) return 0;
@@ -136,7 +143,7 @@ int MapWidthToCharPos(CDC* pDC, LONG nWidth, const char* pText, int nLen, int* p
         pDC->GetTextMetrics(&tm);
         avg = tm.tmAveCharWidth < 1 ? 1 : tm.tmAveCharWidth;
     }
-    Measurer m{pDC, pText, pTabStop, avg};
+    Measurer m{pDC, pText, pTabStop, avg, widths};
     FitSearch words(m, pText, nLen, nWidth, spaces != IgnoreSpaces);
     Fit fit = words.Run();
     if (spaces != IgnoreSpaces && fit.last >= 0 && !words.IsWordEnd(fit.last))
@@ -145,6 +152,15 @@ int MapWidthToCharPos(CDC* pDC, LONG nWidth, const char* pText, int nLen, int* p
     if (fit.last < 0) return 0;
     if (pExtent) *pExtent = (LONG)fit.extent;
     return fit.last + 1;
+}
+
+}  // namespace
+
+int MapWidthToCharPos(CDC* pDC, LONG nWidth, const char* pText, int nLen, int* pTabStop, LONG* pExtent,
+                      TSpacesConsideration spaces, LONG nAvgCharWidth) {
+    int widths[256];
+    std::fill(std::begin(widths), std::end(widths), kUnmeasured);
+    return MapWidth(pDC, nWidth, pText, nLen, pTabStop, pExtent, spaces, nAvgCharWidth, widths);
 }
 
 int WordWrapString(CString& S, int nWidth, CDC* pDC, int* pTabStop) {
@@ -171,6 +187,8 @@ int WordWrapString(CString& S, int nWidth, CDC* pDC, int* pTabStop) {
         pDC->GetTextMetrics(&tm);
         avg = tm.tmAveCharWidth < 1 ? 1 : tm.tmAveCharWidth;
     }
+    int widths[256];
+    std::fill(std::begin(widths), std::end(widths), kUnmeasured);
     // The lines are written straight into the result, each after a '\r' but the first.
     std::string out;
     out.reserve(src.size() + src.size() / 8 + 16);
@@ -187,7 +205,7 @@ int WordWrapString(CString& S, int nWidth, CDC* pDC, int* pTabStop) {
         int rem = (int)(eol - pos);
         if (rem == 0) line(seg, 0);
         while (rem > 0) {
-            int n = MapWidthToCharPos(pDC, nWidth, seg, rem, pTabStop, nullptr, IgnoreSpaces, avg);
+            int n = MapWidth(pDC, nWidth, seg, rem, pTabStop, nullptr, IgnoreSpaces, avg, widths);
             if (n >= rem) {
                 line(seg, (size_t)rem);
                 break;

@@ -40,6 +40,22 @@ public:
         return std::string_view::npos;
     }
 
+    // Every match that does not overlap the one before it, left to right.
+    template <class Found>
+    void All(Found found) const {
+        if (m_f.size() > m_text.size()) return;
+        const size_t last = m_text.size() - m_f.size();
+        const char* b = m_text.data();
+        size_t allowed = 0;  // the first position after the last match
+        m_scan.ForEach(b, 0, last + 1, [&](size_t i) {
+            if (i >= allowed && EqualNoCase(b + i, m_f.data(), m_f.size())) {
+                found(i);
+                allowed = i + m_f.size();
+            }
+            return true;
+        });
+    }
+
 private:
     std::string_view m_text, m_f;
     qm::text::detail::PairScanner m_scan;
@@ -93,7 +109,7 @@ int ReplaceStringLimited(CString& s, const CString& find, const CString& replace
     const NoCaseFinder finder(text, f);
     std::vector<size_t> hits;
     hits.reserve(1024);
-    for (size_t at = finder.Next(0); at != std::string_view::npos; at = finder.Next(at + f.size())) hits.push_back(at);
+    finder.All([&hits](size_t at) { hits.push_back(at); });
     if (hits.empty()) return 0;
 
     const long long oldLength = s.GetLength();

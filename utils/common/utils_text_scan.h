@@ -57,6 +57,29 @@ public:
         return end;
     }
 
+    // Calls `visit(i)` for every position i in [from, end) that passes the filter, in order,
+    // until it returns false; b[end] must be readable. One pass: the positions of each 16
+    // bytes are taken from one comparison, however many there are.
+    template <class Visit>
+    void ForEach(const char* b, size_t from, size_t end, Visit visit) const {
+        size_t i = from;
+#if defined(QM_TEXT_SCAN_SSE2)
+        const __m128i m0 = _mm_set1_epi8((char)m_mask0), v0 = _mm_set1_epi8((char)m_value0);
+        const __m128i m1 = _mm_set1_epi8((char)m_mask1), v1 = _mm_set1_epi8((char)m_value1);
+        for (; i + 16 <= end; i += 16) {
+            const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b + i));
+            const __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b + i + 1));
+            const __m128i hit = _mm_and_si128(_mm_cmpeq_epi8(_mm_or_si128(a, m0), v0),
+                                              _mm_cmpeq_epi8(_mm_or_si128(c, m1), v1));
+            for (unsigned bits = (unsigned)_mm_movemask_epi8(hit); bits; bits &= bits - 1)
+                if (!visit(i + (size_t)std::countr_zero(bits))) return;
+        }
+#endif
+        for (; i < end; ++i)
+            if ((unsigned char)(b[i] | m_mask0) == m_value0 && (unsigned char)(b[i + 1] | m_mask1) == m_value1)
+                if (!visit(i)) return;
+    }
+
 private:
     unsigned char m_mask0, m_value0, m_mask1, m_value1;
 };

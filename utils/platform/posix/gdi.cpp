@@ -185,10 +185,11 @@ bool Stretch(Surface& dst, int x, int y, int cx, int cy, const PixelSource& src,
     // Copying one sampled pixel per target pixel: each target row takes its pixels straight
     // from its source row, and a row that samples the same source row as the one above it is
     // a copy of that row.
-    bool sampled = rop == SRCCOPY && mode != HALFTONE && !(combine && (CXS > CX || CYS > CY)) && src.sampleRow &&
+    bool sampled = rop == SRCCOPY && mode != HALFTONE && !(combine && (CXS > CX || CYS > CY)) && src.sampler &&
                    *std::min_element(colFirst.begin(), colFirst.end()) >= 0 &&
                    *std::max_element(colFirst.begin(), colFirst.end()) < src.width;
     if (sampled) {
+        PixelSource::RowSampler sample = src.sampler(colFirst.data(), colFirst.size());
         long long previous = -1;
         for (long long j = j0; j < j1; ++j) {
             long long a, b;
@@ -199,7 +200,7 @@ bool Stretch(Surface& dst, int x, int y, int cx, int cy, const PixelSource& src,
             if (r == previous && j > j0) {
                 std::memcpy(out, dst.Row((int)(Y + j - 1)) + (X + i0), colFirst.size() * 4);
             } else {
-                src.sampleRow((int)r, colFirst.data(), colFirst.size(), out);
+                sample((int)r, out);
             }
             previous = r;
         }

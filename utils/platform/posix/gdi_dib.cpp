@@ -8,6 +8,10 @@
 #include <unordered_set>
 #include <vector>
 
+#if defined(__x86_64__) || defined(__i386__)
+#include <immintrin.h>
+#endif
+
 #include "utils/platform/gdi.h"
 #include "utils/platform/posix/gdi_objects.h"
 
@@ -34,6 +38,47 @@ std::uint32_t Expand(std::uint32_t v, std::uint32_t mask) {
     for (int filled = 0; filled < 8; filled += width) out = (out << width) | c;
     return (out >> (((8 + width - 1) / width) * width - 8)) & 0xFF;
 }
+
+// 64-byte byte permutations (AVX-512 VBMI), checked once at first use; the kernel below is
+// compiled for them alone and called only when they are there.
+#if defined(__x86_64__) || defined(__i386__)
+#define QM_GDI_VBMI __attribute__((target("avx512f,avx512bw,avx512vbmi")))
+
+bool HasByteShuffle512() {
+    static const bool has = [] {
+        __builtin_cpu_init();
+        return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+               __builtin_cpu_supports("avx512vbmi");
+    }();
+    return has;
+}
+
+// 16 pixels of 24 bits as 32-bit pixels per group: two 64-byte reads of the group's window
+// and one two-register permutation that also clears each fourth byte. Groups without a
+// window are read a word per pixel.
+QM_GDI_VBMI void Gather24To32_512(const unsigned char* row, const std::uint32_t* window, const unsigned char* index,
+                                  std::size_t groups, const std::uint32_t* load, const unsigned char* shift,
+                                  std::uint32_t* out) {
+    for (std::size_t g = 0; g < groups; ++g, out += 16) {
+        if (window[g] == 0xFFFFFFFFu) {
+            for (std::size_t i = 16 * g; i < 16 * g + 16; ++i) {
+                std::uint32_t v;
+                std::memcpy(&v, row + load[i], 4);
+                out[i - 16 * g] = (v >> shift[i]) & 0xFFFFFF;
+            }
+            continue;
+        }
+        const unsigned char* w = row + window[g];
+        __m512i a = _mm512_loadu_si512(w), b = _mm512_loadu_si512(w + 64);
+        __m512i idx = _mm512_loadu_si512(index + 64 * g);
+        _mm512_storeu_si512(out, _mm512_maskz_permutex2var_epi8(0x7777777777777777ull, a, idx, b));
+    }
+}
+#else
+bool HasByteShuffle512() { return false; }
+void Gather24To32_512(const unsigned char*, const std::uint32_t*, const unsigned char*, std::size_t,
+                      const std::uint32_t*, const unsigned char*, std::uint32_t*) {}
+#endif
 
 // The rows of a DIB as 32-bit pixels. Valid only for the formats GDI draws: 1, 4, 8, 16, 24
 // or 32 bits, BI_RGB (or BI_BITFIELDS at 16 and 32 bits), a width of at least 1, a height
@@ -120,10 +165,57 @@ struct Dib {
         return true;
     }
 
-    // Pixels cols[i] of row y: 24 bits, 32 bits with 8-bit masks and palette indexes read
+    // What a row sampler knows of its columns: for 24 bits, the 4-byte word each column is
+    // read from (kept inside the row) and how far its pixel lies above that word's first
+    // byte, and for each group of 16 columns whose bytes lie within 128 bytes of the row the
+    // start of that window and which of its bytes each of the 64 result bytes takes.
+    struct Columns {
+        std::vector<std::int32_t> cols;
+        std::vector<std::uint32_t> load;
+        std::vector<unsigned char> shift;
+        std::vector<std::uint32_t> window;  // kNoWindow: the group is read word by word
+        std::vector<unsigned char> index;
+        std::vector<std::uint32_t> whole;   // other formats: the whole row
+    };
+    static constexpr std::uint32_t kNoWindow = 0xFFFFFFFFu;
+
+    void PlanColumns(Columns& c) const {
+        if (bits != 24) return;
+        std::size_t n = c.cols.size();
+        c.load.resize(n);
+        c.shift.resize(n);
+        for (std::size_t i = 0; i < n; ++i) {
+            std::uint64_t at = 3 * (std::uint64_t)c.cols[i];
+            std::uint64_t word = std::min<std::uint64_t>(at, stride - 4);
+            c.load[i] = (std::uint32_t)word;
+            c.shift[i] = (unsigned char)(8 * (at - word));
+        }
+        if (!HasByteShuffle512() || stride < 128 || stride > 0xFFFFFFFFull) return;
+        for (std::size_t first = 0; first + 16 <= n; first += 16) {
+            std::uint64_t lo = 3 * (std::uint64_t)c.cols[first], hi = lo;
+            for (std::size_t k = first; k < first + 16; ++k) {
+                lo = std::min<std::uint64_t>(lo, 3 * (std::uint64_t)c.cols[k]);
+                hi = std::max<std::uint64_t>(hi, 3 * (std::uint64_t)c.cols[k]);
+            }
+            if (hi + 3 - lo > 128) {
+                c.window.push_back(kNoWindow);
+                c.index.insert(c.index.end(), 64, 0);
+                continue;
+            }
+            // The window starts at the first byte wanted, or earlier where that keeps all of
+            // it inside the row.
+            std::uint64_t from = std::min<std::uint64_t>(lo, stride - 128);
+            c.window.push_back((std::uint32_t)from);
+            for (std::size_t k = 0; k < 64; ++k)
+                c.index.push_back((unsigned char)(k % 4 == 3 ? 0 : 3 * (std::uint64_t)c.cols[first + k / 4] - from + k % 4));
+        }
+    }
+
+    // Pixels c.cols[i] of row y: 24 bits, 32 bits with 8-bit masks and palette indexes read
     // straight from the row, other formats through ReadRow.
-    void SampleRow(int y, const std::int32_t* cols, std::size_t n, std::uint32_t* out, UINT firstScan, UINT scans,
-                   std::vector<std::uint32_t>& whole) const {
+    void SampleRow(int y, Columns& c, std::uint32_t* out, UINT firstScan, UINT scans) const {
+        std::size_t n = c.cols.size();
+        const std::int32_t* cols = c.cols.data();
         std::uint64_t scan = topDown ? (std::uint64_t)y : (std::uint64_t)(height - 1 - y);
         if (scan < firstScan || scan >= (std::uint64_t)firstScan + scans) {
             std::fill(out, out + n, 0u);
@@ -132,16 +224,12 @@ struct Dib {
         const unsigned char* r = rows + (scan - firstScan) * stride;
         bool plain32 = bits == 32 && masks[0] == 0xFF0000 && masks[1] == 0xFF00 && masks[2] == 0xFF;
         if (bits == 24) {
-            for (std::size_t i = 0; i < n; ++i) {
-                const unsigned char* p = r + 3 * (std::uint64_t)cols[i];
+            std::size_t groups = c.window.size();
+            if (groups) Gather24To32_512(r, c.window.data(), c.index.data(), groups, c.load.data(), c.shift.data(), out);
+            for (std::size_t i = 16 * groups; i < n; ++i) {
                 std::uint32_t v;
-                if (3 * (std::uint64_t)cols[i] + 4 <= stride) {
-                    std::memcpy(&v, p, 4);  // the fourth byte is still inside the row
-                    v &= 0xFFFFFF;
-                } else {
-                    v = ((std::uint32_t)p[2] << 16) | ((std::uint32_t)p[1] << 8) | p[0];
-                }
-                out[i] = v;
+                std::memcpy(&v, r + c.load[i], 4);
+                out[i] = (v >> c.shift[i]) & 0xFFFFFF;
             }
         } else if (plain32) {
             for (std::size_t i = 0; i < n; ++i) {
@@ -152,9 +240,9 @@ struct Dib {
         } else if (bits == 8) {
             for (std::size_t i = 0; i < n; ++i) out[i] = palette[r[cols[i]]];
         } else {
-            whole.resize((size_t)width);
-            ReadRow(y, whole.data(), firstScan, scans);
-            for (std::size_t i = 0; i < n; ++i) out[i] = whole[(size_t)cols[i]];
+            c.whole.resize((size_t)width);
+            ReadRow(y, c.whole.data(), firstScan, scans);
+            for (std::size_t i = 0; i < n; ++i) out[i] = c.whole[(size_t)cols[i]];
         }
     }
 
@@ -165,9 +253,11 @@ struct Dib {
         s.readRow = [this, firstScan, scans](int y, std::uint32_t* out) {
             if (!ReadRow(y, out, firstScan, scans)) std::fill(out, out + width, 0u);
         };
-        auto whole = std::make_shared<std::vector<std::uint32_t>>();
-        s.sampleRow = [this, firstScan, scans, whole](int y, const std::int32_t* cols, std::size_t n, std::uint32_t* out) {
-            SampleRow(y, cols, n, out, firstScan, scans, *whole);
+        s.sampler = [this, firstScan, scans](const std::int32_t* cols, std::size_t n) -> PixelSource::RowSampler {
+            auto c = std::make_shared<Columns>();
+            c->cols.assign(cols, cols + n);
+            PlanColumns(*c);
+            return [this, firstScan, scans, c](int y, std::uint32_t* out) { SampleRow(y, *c, out, firstScan, scans); };
         };
         return s;
     }

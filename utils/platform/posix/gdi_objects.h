@@ -103,9 +103,12 @@ struct PixelSource {
     int width = 0;
     int height = 0;
     std::function<void(int y, std::uint32_t* out)> readRow;
-    // Optional: out[i] = pixel cols[i] of row y (0x00RRGGBB), for i < n, every column inside
-    // the row; the values readRow gives, without converting the columns not asked for.
-    std::function<void(int y, const std::int32_t* cols, std::size_t n, std::uint32_t* out)> sampleRow;
+    // Optional: a reader of the columns cols[0 .. n) (every one inside the row) that writes
+    // out[i] = pixel cols[i] of row y (0x00RRGGBB), the values readRow gives, without converting
+    // the columns not asked for. The columns are looked at once, when the reader is made, so
+    // that every row read through it costs only the reading.
+    using RowSampler = std::function<void(int y, std::uint32_t* out)>;
+    std::function<RowSampler(const std::int32_t* cols, std::size_t n)> sampler;
 };
 
 // Stretches the source rectangle (xs, ys, cxs, cys; top-down) onto the destination rectangle
