@@ -11,28 +11,15 @@
 #include "utils/platform/clipboard_formats.h"
 #include "utils/platform/globalmem.h"
 #include "utils/platform/storage.h"
+#include "utils/platform/posix/com_object.h"
 
 namespace qm::platform {
 
 namespace {
 
-class FormatEnum final : public IEnumFORMATETC {
+class FormatEnum final : public posixcom::Object<FormatEnum, IEnumFORMATETC, &IID_IEnumFORMATETC> {
 public:
     explicit FormatEnum(std::vector<FORMATETC> items) : m_items(std::move(items)) {}
-    HRESULT QueryInterface(REFIID riid, void** ppv) override {
-        if (!ppv) return E_POINTER;
-        *ppv = nullptr;
-        if (!IsEqualIID(riid, IID_IUnknown) && !IsEqualIID(riid, IID_IEnumFORMATETC)) return E_NOINTERFACE;
-        *ppv = this;
-        AddRef();
-        return S_OK;
-    }
-    ULONG AddRef() override { return ++m_refs; }
-    ULONG Release() override {
-        ULONG n = --m_refs;
-        if (n == 0) delete this;
-        return n;
-    }
     HRESULT Next(ULONG celt, FORMATETC* out, ULONG* fetched) override {
         if (!out) return E_POINTER;
         ULONG n = 0;
@@ -60,7 +47,6 @@ public:
 private:
     std::vector<FORMATETC> m_items;
     std::size_t m_at = 0;
-    ULONG m_refs = 1;
 };
 
 DWORD TymedOf(UINT format) { return format == CF_METAFILEPICT ? TYMED_MFPICT : TYMED_HGLOBAL; }
@@ -78,22 +64,8 @@ std::vector<FORMATETC> ClipboardFormats() {
 }
 
 // What the clipboard holds, as a data object: each read is a copy of the clipboard's block.
-class ClipboardObject final : public IDataObject {
+class ClipboardObject final : public posixcom::Object<ClipboardObject, IDataObject, &IID_IDataObject> {
 public:
-    HRESULT QueryInterface(REFIID riid, void** ppv) override {
-        if (!ppv) return E_POINTER;
-        *ppv = nullptr;
-        if (!IsEqualIID(riid, IID_IUnknown) && !IsEqualIID(riid, IID_IDataObject)) return E_NOINTERFACE;
-        *ppv = this;
-        AddRef();
-        return S_OK;
-    }
-    ULONG AddRef() override { return ++m_refs; }
-    ULONG Release() override {
-        ULONG n = --m_refs;
-        if (n == 0) delete this;
-        return n;
-    }
     HRESULT GetData(FORMATETC* fe, STGMEDIUM* medium) override {
         if (!fe || !medium) return E_INVALIDARG;
         std::memset(medium, 0, sizeof *medium);
@@ -130,9 +102,6 @@ public:
     HRESULT DAdvise(FORMATETC*, DWORD, IAdviseSink*, DWORD*) override { return OLE_E_ADVISENOTSUPPORTED; }
     HRESULT DUnadvise(DWORD) override { return OLE_E_ADVISENOTSUPPORTED; }
     HRESULT EnumDAdvise(IEnumSTATDATA**) override { return OLE_E_ADVISENOTSUPPORTED; }
-
-private:
-    ULONG m_refs = 1;
 };
 
 struct Current {

@@ -15,6 +15,7 @@
 #include "utils/platform/codepage.h"
 #include "utils/platform/debugout.h"
 #include "utils/platform/posix/files_internal.h"
+#include "utils/platform/posix/com_object.h"
 
 namespace qm::platform {
 
@@ -273,7 +274,7 @@ HRESULT ReadTree(GsfInput* input, Node& root) {
 
 class StorageObject;
 
-class StreamObject final : public IStream {
+class StreamObject final : public posixcom::Object<StreamObject, IStream> {
 public:
     StreamObject(std::shared_ptr<Document> doc, Node* node, DWORD mode) : m_doc(std::move(doc)), m_node(node), m_mode(mode) {
         ++m_node->opened;
@@ -281,18 +282,6 @@ public:
     ~StreamObject() {
         std::lock_guard<std::recursive_mutex> g(m_doc->lock);
         --m_node->opened;
-    }
-    HRESULT QueryInterface(REFIID, void** ppv) override {
-        if (!ppv) return E_POINTER;
-        *ppv = this;
-        AddRef();
-        return S_OK;
-    }
-    ULONG AddRef() override { return ++m_refs; }
-    ULONG Release() override {
-        ULONG n = --m_refs;
-        if (n == 0) delete this;
-        return n;
     }
     HRESULT Read(void* pv, ULONG cb, ULONG* pcbRead) override {
         if (!pv && cb) return STG_E_INVALIDPOINTER;
@@ -388,26 +377,13 @@ private:
     Node* m_node;
     DWORD m_mode;
     ULONGLONG m_pos = 0;
-    ULONG m_refs = 1;
 };
 
-class ElementEnum final : public IEnumSTATSTG {
+class ElementEnum final : public posixcom::Object<ElementEnum, IEnumSTATSTG> {
 public:
     explicit ElementEnum(std::vector<STATSTG> items) : m_items(std::move(items)) {}
     ~ElementEnum() {
         for (auto& s : m_items) TaskMemFree(s.pwcsName);
-    }
-    HRESULT QueryInterface(REFIID, void** ppv) override {
-        if (!ppv) return E_POINTER;
-        *ppv = this;
-        AddRef();
-        return S_OK;
-    }
-    ULONG AddRef() override { return ++m_refs; }
-    ULONG Release() override {
-        ULONG n = --m_refs;
-        if (n == 0) delete this;
-        return n;
     }
     HRESULT Next(ULONG celt, STATSTG* out, ULONG* fetched) override {
         if (!out) return STG_E_INVALIDPOINTER;
@@ -437,12 +413,11 @@ public:
 private:
     std::vector<STATSTG> m_items;
     std::size_t m_at = 0;
-    ULONG m_refs = 1;
 };
 
 HRESULT CopyStorage(IStorage* from, IStorage* to);
 
-class StorageObject final : public IStorage {
+class StorageObject final : public posixcom::Object<StorageObject, IStorage> {
 public:
     StorageObject(std::shared_ptr<Document> doc, Node* node, DWORD mode) : m_doc(std::move(doc)), m_node(node), m_mode(mode) {
         ++m_node->opened;
@@ -455,18 +430,6 @@ public:
     }
     Document& Doc() { return *m_doc; }
 
-    HRESULT QueryInterface(REFIID, void** ppv) override {
-        if (!ppv) return E_POINTER;
-        *ppv = this;
-        AddRef();
-        return S_OK;
-    }
-    ULONG AddRef() override { return ++m_refs; }
-    ULONG Release() override {
-        ULONG n = --m_refs;
-        if (n == 0) delete this;
-        return n;
-    }
 
     HRESULT CreateStream(const OLECHAR* name, DWORD mode, DWORD, DWORD, IStream** out) override {
         if (!out) return STG_E_INVALIDPOINTER;
@@ -656,7 +619,6 @@ private:
     std::shared_ptr<Document> m_doc;
     Node* m_node;
     DWORD m_mode;
-    ULONG m_refs = 1;
 };
 
 // Copies every element of one storage into another through their interfaces (either may be

@@ -7,28 +7,17 @@
 
 #include "utils/platform/crt.h"
 #include "utils/platform/files.h"
+#include "utils/platform/posix/com_object.h"
 
 namespace qm::platform {
 
 namespace {
 
-class MemoryStream final : public IStream {
+class MemoryStream final : public posixcom::Object<MemoryStream, IStream> {
 public:
     explicit MemoryStream(bool readOnly) : m_readOnly(readOnly) {}
     std::vector<BYTE> m_data;
 
-    HRESULT QueryInterface(REFIID, void** ppv) override {
-        if (!ppv) return E_POINTER;
-        *ppv = this;
-        AddRef();
-        return S_OK;
-    }
-    ULONG AddRef() override { return ++m_refs; }
-    ULONG Release() override {
-        ULONG n = --m_refs;
-        if (n == 0) delete this;
-        return n;
-    }
     HRESULT Read(void* pv, ULONG cb, ULONG* pcbRead) override {
         if (!pv && cb) return STG_E_INVALIDPOINTER;
         size_t n = m_pos < m_data.size() ? m_data.size() - m_pos : 0;
@@ -86,9 +75,6 @@ public:
         return S_OK;
     }
     HRESULT Clone(IStream**) override { return E_NOTIMPL; }
-
-private:
-    ULONG m_refs = 1;
     size_t m_pos = 0;
     bool m_readOnly;
 };

@@ -1,0 +1,34 @@
+// Reference counting and QueryInterface for the POSIX backends' own COM objects (internal).
+// `Derived` implements `Interface`'s methods; it starts with one reference, which its maker
+// hands to the caller. With `kIid` set, QueryInterface answers IUnknown and that interface
+// only; without it, every interface asked for is answered with the object itself (the
+// streams and storages here are asked for their own interfaces or IUnknown by the library).
+#pragma once
+
+#include "utils/framework/objidl.h"
+
+namespace qm::platform::posixcom {
+
+template <class Derived, class Interface, const IID* kIid = nullptr>
+class Object : public Interface {
+public:
+    HRESULT QueryInterface(REFIID riid, void** ppv) override {
+        if (!ppv) return E_POINTER;
+        *ppv = nullptr;
+        if (kIid && !IsEqualIID(riid, IID_IUnknown) && !IsEqualIID(riid, *kIid)) return E_NOINTERFACE;
+        *ppv = static_cast<Interface*>(this);
+        AddRef();
+        return S_OK;
+    }
+    ULONG AddRef() override { return ++m_refs; }
+    ULONG Release() override {
+        ULONG n = --m_refs;
+        if (n == 0) delete static_cast<Derived*>(this);
+        return n;
+    }
+
+private:
+    ULONG m_refs = 1;
+};
+
+}  // namespace qm::platform::posixcom
