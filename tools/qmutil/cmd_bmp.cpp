@@ -19,20 +19,6 @@ namespace {
 
 using qmutil::UsageError;
 
-// The library reports its checks through the assertion sink; the tool says what went wrong
-// in its own words instead.
-void QuietAssert(const char*, const char*, int) {}
-void QuietTrace(const char*) {}
-struct Quiet {
-    Quiet() : a(SetCvAssertSink(&QuietAssert)), t(SetCvTraceSink(&QuietTrace)) {}
-    ~Quiet() {
-        SetCvAssertSink(a);
-        SetCvTraceSink(t);
-    }
-    CvAssertSink a;
-    CvTraceSink t;
-};
-
 std::string ErrorText(CException* e) {
     char text[512] = "";
     e->GetErrorMessage(text, sizeof text);
@@ -69,7 +55,7 @@ std::string WhyRefused(const std::string& path) {
 
 void Load(CDIBitmap& b, const std::string& path) {
     qmutil::CheckInputFile(path, qmutil::kMaxPictureBytes);
-    Quiet quiet;
+    qmutil::QuietLibraryReports quiet;
     CFile file;
     CFileException error;
     if (!file.Open(path.c_str(), CFile::modeRead | CFile::shareDenyWrite, &error))
@@ -201,7 +187,7 @@ int RunEdit(const Edit& e, const std::vector<std::string>& a) {
     std::vector<std::string> mid(a.begin() + 1, a.end() - 1);
     if (work && !work->Step()) throw UsageError("cancelled");
     {
-        Quiet quiet;
+        qmutil::QuietLibraryReports quiet;
         e.apply(b, mid);
     }
     if (work && !work->Step()) throw UsageError("cancelled");

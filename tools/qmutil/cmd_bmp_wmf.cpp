@@ -16,28 +16,6 @@ namespace {
 
 using qmutil::UsageError;
 
-// The reader traces the records it walks; the tool says what went wrong in its own words.
-void QuietTrace(const char*) {}
-void QuietAssert(const char*, const char*, int) {}
-struct Quiet {
-    Quiet() : a(SetCvAssertSink(&QuietAssert)), t(SetCvTraceSink(&QuietTrace)) {}
-    ~Quiet() {
-        SetCvAssertSink(a);
-        SetCvTraceSink(t);
-    }
-    CvAssertSink a;
-    CvTraceSink t;
-};
-
-// A BMP file (with its file header) read whole into a bitmap.
-void LoadBmp(const std::string& path, CDIBitmap& bmp) {
-    const std::string bytes = qmutil::ReadInputFile(path, qmutil::kMaxPictureBytes, false);
-    CMemFile file;
-    file.Write(bytes.data(), (UINT)bytes.size());
-    file.SeekToBegin();
-    if (!bmp.Load(file, true)) throw UsageError("'" + path + "' is not a BMP file the library reads");
-}
-
 void Write(const std::string& path, const std::function<void(CFile&)>& body) {
     try {
         CFile target(path.c_str(), CFile::modeCreate | CFile::modeWrite);
@@ -51,9 +29,9 @@ void Write(const std::string& path, const std::function<void(CFile&)>& body) {
 
 int ToWmf(const std::vector<std::string>& args) {
     qmutil::RequireArgs(args, 2, "bmp to-wmf IN.bmp OUT.wmf");
-    Quiet quiet;
+    qmutil::QuietLibraryReports quiet;
     CDIBitmap bmp;
-    LoadBmp(args[0], bmp);
+    qmutil::LoadBmpFile(args[0], bmp);
     if (bmp.GetWidth() > 32767 || bmp.GetHeight() > 32767)
         throw UsageError("'" + args[0] + "' is larger than a metafile can describe (32767 pixels a side)");
     qmutil::CheckOutputFile(args[1]);
@@ -70,7 +48,7 @@ int ToWmf(const std::vector<std::string>& args) {
 
 int FromWmf(const std::vector<std::string>& args) {
     qmutil::RequireArgs(args, 2, "bmp from-wmf IN.wmf OUT.bmp");
-    Quiet quiet;
+    qmutil::QuietLibraryReports quiet;
     const std::string bytes = qmutil::ReadInputFile(args[0], qmutil::kMaxPictureBytes, false);
     qmutil::CheckOutputFile(args[1]);
     CMemFile file;

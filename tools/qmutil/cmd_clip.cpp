@@ -23,14 +23,6 @@ constexpr DWORD kHelperStartMs = 5000;
 const char* const kNoDesktop =
     " (no desktop clipboard: without an X display each qmutil has a clipboard of its own, gone when it ends)";
 
-void LoadBmp(const std::string& path, CDIBitmap& bmp) {
-    const std::string bytes = qmutil::ReadInputFile(path, qmutil::kMaxPictureBytes, false);
-    CMemFile file;
-    file.Write(bytes.data(), (UINT)bytes.size());
-    file.SeekToBegin();
-    if (!bmp.Load(file, true)) throw UsageError("'" + path + "' is not a BMP file the library reads");
-}
-
 // Puts the data on the clipboard here, or in a background helper where the data must be
 // served by a process; `put` does the work, `helperArgs` start a helper that does it on
 // its standard input.
@@ -80,7 +72,7 @@ int Paste(const std::vector<std::string>& args) {
 int CopyBmp(const std::vector<std::string>& args) {
     qmutil::RequireArgs(args, 1, "clip copy-bmp IN.bmp");
     CDIBitmap bmp;
-    LoadBmp(args[0], bmp);
+    qmutil::LoadBmpFile(args[0], bmp);
     std::string bytes;
     if (!plat::IsBackgroundHelper() && plat::ClipboardServedByProcess()) {
         CMemFile file;

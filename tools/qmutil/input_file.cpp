@@ -8,6 +8,8 @@
 #include <system_error>
 
 #include "command.h"
+#include "utils/common/DIB.h"
+#include "utils/framework/CFile.h"
 
 namespace qmutil {
 namespace {
@@ -79,6 +81,26 @@ std::string ReadInputFile(const std::string& path, std::uintmax_t limit, bool te
     if (in.bad()) Refuse(path, "cannot be read");
     if (text && std::memchr(data.data(), '\0', data.size())) Refuse(path, "is a binary file (it holds NUL bytes), not text");
     return data;
+}
+
+void LoadBmpFile(const std::string& path, CDIBitmap& bmp) {
+    const std::string bytes = ReadInputFile(path, kMaxPictureBytes, false);
+    CMemFile file;
+    file.Write(bytes.data(), (UINT)bytes.size());
+    file.SeekToBegin();
+    if (!bmp.Load(file, true)) throw UsageError("'" + path + "' is not a BMP file the library reads");
+}
+
+namespace {
+void DropAssert(const char*, const char*, int) {}
+void DropTrace(const char*) {}
+}  // namespace
+
+QuietLibraryReports::QuietLibraryReports() : m_assert(SetCvAssertSink(&DropAssert)), m_trace(SetCvTraceSink(&DropTrace)) {}
+
+QuietLibraryReports::~QuietLibraryReports() {
+    SetCvAssertSink(m_assert);
+    SetCvTraceSink(m_trace);
 }
 
 }  // namespace qmutil
