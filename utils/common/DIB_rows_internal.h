@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "utils/framework/wintypes.h"
+#include "utils/platform/cpu.h"
 
 namespace qm::dib {
 
@@ -41,7 +42,7 @@ void QuarterTurnInPlace(BYTE* bits, std::uint64_t stride, int side, std::size_t 
 namespace qm::dib {
 
 // Kernels on 64-byte vectors, for processors that have them (checked once, at first use).
-bool HasByteShuffle512();
+using qm::platform::HasByteShuffle512;
 // p[i] = table[p[i]] for i < n.
 void MapBytes512(BYTE* p, std::size_t n, const BYTE* table);
 // The first pixels of MirrorRow for 3-byte pixels from a copy of the row (with 8 spare bytes);

@@ -15,15 +15,6 @@ namespace qm::dib {
 
 #ifdef QM_DIB_VBMI
 
-bool HasByteShuffle512() {
-    static const bool has = [] {
-        __builtin_cpu_init();
-        return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-               __builtin_cpu_supports("avx512vbmi");
-    }();
-    return has;
-}
-
 namespace {
 
 // Byte indexes and masks of the permutations, computed when the library is compiled (64-byte
@@ -231,7 +222,6 @@ QM_VBMI std::size_t Palette8To24_512(BYTE* out, const BYTE* in, std::size_t widt
 
 #else
 
-bool HasByteShuffle512() { return false; }
 std::size_t Palette8To24_512(BYTE*, const BYTE*, std::size_t, const BYTE*) { return 0; }
 std::size_t Transpose24x16_512(const BYTE*, std::ptrdiff_t, BYTE*, std::ptrdiff_t, std::size_t) { return 0; }
 std::size_t GatherRow24_512(BYTE*, const BYTE*, std::size_t, const GatherPlan&, std::size_t, std::size_t) { return 0; }

@@ -12,6 +12,7 @@
 #include <immintrin.h>
 #endif
 
+#include "utils/platform/cpu.h"
 #include "utils/platform/gdi.h"
 #include "utils/platform/posix/gdi_objects.h"
 
@@ -39,19 +40,10 @@ std::uint32_t Expand(std::uint32_t v, std::uint32_t mask) {
     return (out >> (((8 + width - 1) / width) * width - 8)) & 0xFF;
 }
 
-// 64-byte byte permutations (AVX-512 VBMI), checked once at first use; the kernel below is
+// 64-byte byte permutations (AVX-512 VBMI, see cpu.h); the kernel below is
 // compiled for them alone and called only when they are there.
 #if defined(__x86_64__) || defined(__i386__)
 #define QM_GDI_VBMI __attribute__((target("avx512f,avx512bw,avx512vbmi")))
-
-bool HasByteShuffle512() {
-    static const bool has = [] {
-        __builtin_cpu_init();
-        return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-               __builtin_cpu_supports("avx512vbmi");
-    }();
-    return has;
-}
 
 // 16 pixels of 24 bits as 32-bit pixels per group: two 64-byte reads of the group's window
 // and one two-register permutation that also clears each fourth byte. Groups without a
@@ -75,7 +67,6 @@ QM_GDI_VBMI void Gather24To32_512(const unsigned char* row, const std::uint32_t*
     }
 }
 #else
-bool HasByteShuffle512() { return false; }
 void Gather24To32_512(const unsigned char*, const std::uint32_t*, const unsigned char*, std::size_t,
                       const std::uint32_t*, const unsigned char*, std::uint32_t*) {}
 #endif
