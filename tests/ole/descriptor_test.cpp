@@ -53,14 +53,9 @@ struct LayoutCase {
 
 TEST(ObjectDescriptor, LayoutOfTypeAndSource) {
     const LayoutCase cases[] = {
-        {"Note", nullptr, 72, 52, 62, u"Note"},
-        {"Note", "", 72, 52, 62, u"Note"},
-        {"Note", "Desk", 72, 52, 62, u"Desk"},
-        {"Note", "Notebook 1", 84, 52, 62, u"Notebook 1"},
-        {nullptr, "Desk", 62, 0, 52, u"Desk"},
-        {"", "Desk", 62, 0, 52, u"Desk"},
-        {nullptr, nullptr, 52, 0, 0, u""},
-        {"", "", 52, 0, 0, u""},
+        {"Note", nullptr, 72, 52, 62, u"Note"}, {"Note", "", 72, 52, 62, u"Note"}, {"Note", "Desk", 72, 52, 62, u"Desk"},
+        {"Note", "Notebook 1", 84, 52, 62, u"Notebook 1"}, {nullptr, "Desk", 62, 0, 52, u"Desk"},
+        {"", "Desk", 62, 0, 52, u"Desk"}, {nullptr, nullptr, 52, 0, 0, u""}, {"", "", 52, 0, 0, u""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.type ? c.type : "(null)") + " / " + (c.source ? c.source : "(null)"));
