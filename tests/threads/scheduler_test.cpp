@@ -135,6 +135,7 @@ TEST_F(Scheduler, RefusedLaunchesSynchronousOrNot) {
     EXPECT_GE(p->Uptime(), 0);  // the attempt counts as a start
     EXPECT_FALSE(p->LaunchInMainThread());
     EXPECT_TRUE(p->IsAbandom());
+    p->Abandom();  // a second time: OnAbandom is not called again
     EXPECT_EQ(TheJournal().Get(1).abandoned, 1);
     EXPECT_EQ(TheJournal().Get(1).executed, 0);
     EXPECT_FALSE(Deleted(1));  // not deleted by the call, only by the next tick
@@ -151,15 +152,6 @@ TEST_F(Scheduler, RefusedLaunchesSynchronousOrNot) {
     EXPECT_EQ(TheJournal().Get(3).abandoned, 1);
     EXPECT_FALSE(Deleted(3));
     EXPECT_TRUE(sink.Reports().empty());
-}
-
-TEST_F(Scheduler, AbandomTwiceCallsOnAbandomOnce) {
-    Probe* p = Make(1);
-    p->Abandom();
-    p->Abandom();
-    EXPECT_EQ(TheJournal().Get(1).abandoned, 1);
-    ASSERT_TRUE(PumpUntil([&] { return Deleted(1); }));
-    EXPECT_EQ(TheJournal().Get(1).abandoned, 1);
 }
 
 TEST_F(Scheduler, FinishedObjectWithNegativeLoopStaysUntilAbandoned) {
