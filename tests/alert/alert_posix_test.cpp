@@ -23,11 +23,7 @@ namespace {
 using qmtest::Spawn;
 using qmtest::Stop;
 
-struct Notification {
-    std::string app, title, body;
-    int urgency = -1;
-    int timeout = -2;
-};
+struct Notification { std::string app, title, body; int urgency = -1; int timeout = -2; };
 
 // Restores an environment variable at the end of a test.
 class EnvGuard {
@@ -138,12 +134,7 @@ protected:
 TEST_F(AlertBus, EachKindReachesTheNotificationService) {
     StartBus();
     StartMock();
-    struct Case {
-        WndUtils::AlertKind kind;
-        UINT delay;
-        const char* title;
-        int urgency, timeout;
-    } cases[] = {
+    struct Case { WndUtils::AlertKind kind; UINT delay; const char* title; int urgency, timeout; } cases[] = {
         {WndUtils::ALERT_ERROR, 0, "Error", 2, 10000},
         {WndUtils::ALERT_WARNING, 0, "Warning", 1, 6000},
         {WndUtils::ALERT_MESSAGE, 0, "Message", 1, 4000},

@@ -75,10 +75,7 @@ std::string Utf16(const std::u16string& s) {
 }
 
 TEST(ClipboardText, LoneLineFeedsBecomeCrLfOnTheWayIn) {
-    struct Case {
-        const char* in;
-        std::string block;
-    } cases[] = {
+    struct Case { const char* in; std::string block; } cases[] = {
         {"one", Lit("one\0")}, {"a\nb", Lit("a\r\nb\0")}, {"a\r\nb\n", Lit("a\r\nb\r\n\0")},
         {"\n\n", Lit("\r\n\r\n\0")}, {"cr\ronly", Lit("cr\ronly\0")}, {"\xE9t\xE9", Lit("\xE9t\xE9\0")},
     };

@@ -135,9 +135,7 @@ TEST(DIBDrawing, ScaledCopiesOfDibRowsMatchTheGeneralStretch) {
                 std::vector<unsigned char> pixels((size_t)((w * bits + 31) / 32 * 4) * rows);
                 for (unsigned char& b : pixels) b = (unsigned char)rng();
                 const auto* bmi = reinterpret_cast<const BITMAPINFO*>(info.data());
-                struct Case {
-                    int x, y, cx, cy, xs, ys, cxs, cys;
-                };
+                struct Case { int x, y, cx, cy, xs, ys, cxs, cys; };
                 int half = std::max(1, w / 2), third = w / 3;
                 const Case cases[] = {
                     {0, 0, half, std::max(1, rows / 2), 0, 0, w, rows},

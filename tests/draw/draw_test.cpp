@@ -235,11 +235,7 @@ TEST(DrawAnimatedRects, SucceedsWithoutAWindow) {
 }
 
 TEST(ScaleBetween, RoundsAsMulDivAndRefusesWhatItCannotExpress) {
-    struct Case {
-        int fromDpi, toDpi;
-        LONG in, out;
-        bool ok;
-    } cases[] = {
+    struct Case { int fromDpi, toDpi; LONG in, out; bool ok; } cases[] = {
         {96, 96, 123, 123, true},    {96, 144, 10, 15, true},     {2, 1, 5, 3, true},
         {2, 1, -5, -3, true},        {2, 1, 3, 2, true},          {2, 1, -1, -1, true},
         {144, 96, -1, -1, true},     {96, 192, -1, -2, true},     {1, 1000, 3000000, 0, false},

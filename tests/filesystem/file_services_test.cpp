@@ -63,10 +63,7 @@ TEST_F(FileServices, FailuresGiveTheWindowsErrorCodes) {
 
 class Wildcards : public qmtest::TempFolderTest {
 protected:
-    struct Case {
-        const char* pattern;
-        Names matches;
-    };
+    struct Case { const char* pattern; Names matches; };
     void Check(std::initializer_list<Case> cases) {
         for (const char* f : {"a.txt", "b.TXT", "readme", "x.tar.gz", "ab", "abc.d"}) Touch(f);
         for (const auto& c : cases) {
@@ -296,10 +293,7 @@ TEST(FileServiceText, PosixMountTableGivesShareNames) {
         "tmpfs /mnt/pub/cache tmpfs rw 0 0\n"
         "//old/gone /mnt/re cifs rw 0 0\n"
         "/dev/sdb1 /mnt/re ext4 rw 0 0\n";
-    struct Case {
-        const char* dir;
-        const char* remote;
-    } cases[] = {
+    struct Case { const char* dir; const char* remote; } cases[] = {
         {"/mnt/pub", "\\\\fileserver\\Public"}, {"/mnt/pub/", "\\\\fileserver\\Public"},
         {"/mnt/pub/docs/x", "\\\\fileserver\\Public\\docs\\x"}, {"/mnt/my home/a", "\\\\nas\\export\\home\\a"},
         {"/mnt/pub/cache", ""},  // a local mount inside the share

@@ -64,12 +64,7 @@ TEST(PathAlgebra, ChangingPartsKeepsTheOthers) {
 }
 
 TEST(PathAlgebra, QuotesAndBackslashes) {
-    struct Case {
-        const char* in;
-        const char* added;
-        const char* removed;
-        int removedResult;
-    } cases[] = {
+    struct Case { const char* in; const char* added; const char* removed; int removedResult; } cases[] = {
         {"x\"y", "\"xy\"", "x\"y", 0}, {"", "", "", 0}, {"\"open", "\"open", "open", 1},
         {"\"a\"b\"", "\"a\"b\"", "a\"b", 1}, {"\"", "\"", "", 1},
         {"C:\\Program Files", "\"C:\\Program Files\"", "C:\\Program Files", 0},
@@ -108,11 +103,7 @@ TEST(PathAlgebra, ExtractDriveReportsMalformedRoots) {
     const std::string colonText = "Ret.Right(2) == TEXT(\":\\\\\")";
     const std::string pairText = "FileName.Find(TEXT (\"\\\\\\\\\")) != -1";
     const std::string endText = "Ret.Right(1) == TEXT(\"\\\\\")";
-    struct Case {
-        const char* path;
-        const char* drive;
-        Strings reports;
-    } cases[] = {
+    struct Case { const char* path; const char* drive; Strings reports; } cases[] = {
         {"C:\\dir\\f", "C:\\", {}}, {"\\\\server\\share\\dir\\f.txt", "\\\\server\\share\\", {}},
         {"\\\\server\\share", "\\\\server\\share\\", {}}, {"x\\\\server\\share\\a\\b", "\\\\server\\share\\", {}},
         {"\\\\server", "\\\\server\\", {"i < 2"}},
@@ -146,12 +137,7 @@ TEST(PathAlgebra, RelativeForms) {
 
 TEST(PathAlgebra, AbsoluteForms) {
     const std::string badDrive = "_istalpha (sRelativeFilePath[0]) && sRelativeFilePath[2] == '\\\\'";
-    struct Case {
-        const char* relative;
-        const char* base;
-        const char* absolute;
-        Strings reports;
-    } cases[] = {
+    struct Case { const char* relative; const char* base; const char* absolute; Strings reports; } cases[] = {
         {"sub\\f.txt", "C:\\A\\x.doc", "C:\\A\\sub\\f.txt", {}}, {"\\f.txt", "C:\\A\\x.doc", "C:\\f.txt", {}},
         {"\\\\s\\h\\f.txt", "C:\\A\\x.doc", "\\\\s\\h\\f.txt", {}}, {"", "C:\\A\\x.doc", "", {}},
         {"..\\f", "C:\\A\\x.doc", "C:\\A\\..\\f", {}}, {"\\f.txt", "\\\\s\\h\\x.doc", "\\\\\\f.txt", {}},
@@ -168,11 +154,7 @@ TEST(PathAlgebra, AbsoluteForms) {
 
 TEST(PathAlgebra, CompactPathShortensLikeTheShell) {
     const char* path = "C:\\some\\long\\folder\\name\\file.txt";  // 33 characters
-    struct Case {
-        const char* source;
-        unsigned maximum;
-        const char* compact;
-    } cases[] = {
+    struct Case { const char* source; unsigned maximum; const char* compact; } cases[] = {
         {path, 33, path}, {path, 100, path},
         {path, 32, "C:\\some\\long\\folder...\\file.txt"}, {path, 20, "C:\\some...\\file.txt"},
         {path, 13, "...\\file.txt"}, {path, 12, "...\\file..."}, {path, 10, "...\\fi..."}, {path, 4, "..."},
@@ -198,12 +180,7 @@ TEST(PathAlgebra, IncrementFileNameCountsOnInDecimal) {
 
 TEST(PathAlgebra, GetPathTakesTheFirstPathOfACommandLine) {
     const std::string longPath = "C:\\" + std::string(1000, 'p');
-    struct Case {
-        std::string command;
-        int quote;
-        std::string target;
-        size_t stop;
-    } cases[] = {
+    struct Case { std::string command; int quote; std::string target; size_t stop; } cases[] = {
         {"a b", 0, "", 1},  // a one-character path is dropped without the quote flag
         {"a b", 1, "\"a\"", 1},
         {"\"C:\\Program Files\\x.exe\" -n", 0, "C:\\Program Files\\x.exe", 24},

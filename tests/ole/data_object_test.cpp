@@ -32,11 +32,7 @@ std::string BytesOf(HGLOBAL h) {
     return s;
 }
 
-struct FormatCase {
-    const char* what;
-    CLIPFORMAT format;
-    std::string bytes;
-};
+struct FormatCase { const char* what; CLIPFORMAT format; std::string bytes; };
 
 std::vector<FormatCase> Formats() {
     std::string dib(40, '\0');

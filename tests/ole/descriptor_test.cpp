@@ -124,10 +124,7 @@ std::vector<BYTE> Block(ULONG cbSize, DWORD typeOffset, DWORD sourceOffset, std:
 
 TEST(ObjectDescriptor, RefusesBlocksThatPointOutsideThemselves) {
     const std::vector<BYTE> ab = {'A', 0, 'B', 0, 0, 0};  // "AB"
-    struct Case {
-        const char* what;
-        std::vector<BYTE> block;
-    } cases[] = {
+    struct Case { const char* what; std::vector<BYTE> block; } cases[] = {
         {"shorter than the fixed part", std::vector<BYTE>(51, 0)},
         {"cbSize below 52", Block(51, 0, 0, {})},
         {"cbSize beyond the block", Block(59, 52, 0, ab)},

@@ -46,10 +46,7 @@ TEST_F(Storage, NamesFollowTheFormatsRules) {
     ASSERT_EQ(OleStorage::CreateInMemory(&root), S_OK);
     StorageReleaser keep(root);
     std::string longest(31, 'n'), tooLong(32, 'n');
-    struct Case {
-        std::string name;
-        HRESULT expected;
-    } cases[] = {
+    struct Case { std::string name; HRESULT expected; } cases[] = {
         {"", STG_E_INVALIDNAME},       {tooLong, STG_E_INVALIDNAME}, {"a\\b", STG_E_INVALIDNAME},
         {"a/b", STG_E_INVALIDNAME},    {"a:b", STG_E_INVALIDNAME},   {"a!b", STG_E_INVALIDNAME},
         {longest, S_OK},               {"\x01" "CompObj", S_OK},     {"\xE9t\xE9", S_OK},
@@ -131,10 +128,7 @@ TEST_F(Storage, DamagedFilesAreRefused) {
     qmtest::WriteSample(path);
     std::vector<BYTE> bytes = qmtest::ReadAll(path);
     ASSERT_GT(bytes.size(), 1536u);
-    struct Case {
-        const char* what;
-        std::vector<BYTE> bytes;
-    } cases[] = {
+    struct Case { const char* what; std::vector<BYTE> bytes; } cases[] = {
         {"empty", {}},
         {"half a header", std::vector<BYTE>(bytes.begin(), bytes.begin() + 256)},
         {"the header alone", std::vector<BYTE>(bytes.begin(), bytes.begin() + 512)},

@@ -10,11 +10,7 @@
 
 namespace {
 
-struct Node {
-    int value = 0;
-    double padding = 0;
-    CIntrusiveLink link;
-};
+struct Node { int value = 0; double padding = 0; CIntrusiveLink link; };
 
 constexpr std::size_t kOffset = offsetof(Node, link);
 

@@ -90,10 +90,7 @@ TEST_F(Scheduler, LoopValuesDecideRelaunching) {
     Probe* spaced = Make(3, 250);
     // The tick count each run of the loop-0 object starts at.
     // Shared with the worker, which goes on running after this test body returns.
-    struct RunTicks {
-        std::mutex m;
-        std::vector<int> ticks;
-    };
+    struct RunTicks { std::mutex m; std::vector<int> ticks; };
     auto runs = std::make_shared<RunTicks>();
     always->body = [runs](Probe& self) {
         std::lock_guard<std::mutex> lock(runs->m);
