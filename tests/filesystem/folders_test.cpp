@@ -180,18 +180,15 @@ TEST_F(Folders, UniqueNamesAdvanceOneCharacter) {
     CString fresh = At("Report.txt");
     FileSystem::MakeUniqueFileName(fresh);
     EXPECT_STREQ(fresh, At("Report.txt"));
-    Touch("Report.txt");
     Touch("Report 2.txt");
-    FileSystem::MakeUniqueFileName(fresh);
-    EXPECT_STREQ(fresh, At("Report 3.txt"));
-    Touch("Report 9.a.b");
-    CString nine = At("Report 9.a.b");
-    FileSystem::MakeUniqueFileName(nine);
-    EXPECT_STREQ(nine, At("Report A.a.b"));
-    Touch("Padded .txt");
-    CString padded = At("Padded .txt");
-    FileSystem::MakeUniqueFileName(padded);
-    EXPECT_STREQ(padded, At("Padded 2.txt"));
+    const char* cases[][2] = {
+        {"Report.txt", "Report 3.txt"}, {"Report 9.a.b", "Report A.a.b"}, {"Padded .txt", "Padded 2.txt"}};
+    for (const auto& c : cases) {
+        Touch(c[0]);
+        CString name = At(c[0]);
+        FileSystem::MakeUniqueFileName(name);
+        EXPECT_STREQ(name, At(c[1]));
+    }
 }
 
 TEST_F(Folders, TempFilesSearchesAndNetworkNames) {
