@@ -59,9 +59,7 @@ TEST(DibColor, EveryChannelValueFollowsItsFormula) {
                 ASSERT_EQ((int)(v >> 16 & 255), op.expect(i, 0, 255)) << op.name << " " << bpp;
                 ASSERT_EQ((int)(v >> 8 & 255), op.expect(255 - i, 1, 255)) << op.name;
                 ASSERT_EQ((int)(v & 255), op.expect(i, 2, 255)) << op.name;
-                if (bpp == 32) {
-                    ASSERT_EQ(v >> 24, 0x7Fu);
-                }
+                if (bpp == 32) { ASSERT_EQ(v >> 24, 0x7Fu); }
             }
         }
         // 16 bits: fields red i, green 31 - i, blue i; bit 15 kept.

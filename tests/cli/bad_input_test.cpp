@@ -84,9 +84,7 @@ void ExpectWellBehaved(const Outcome& o, const std::string& line) {
     EXPECT_LE(o.outSize, 4u << 20) << line;
     EXPECT_EQ(o.err.find("Sanitizer"), std::string::npos) << line << "\n" << o.err;
     EXPECT_EQ(o.err.find("runtime error"), std::string::npos) << line << "\n" << o.err;
-    if (o.code == 2) {
-        EXPECT_EQ(std::count(o.err.begin(), o.err.end(), '\n'), 1) << line << "\n" << o.err;
-    }
+    if (o.code == 2) { EXPECT_EQ(std::count(o.err.begin(), o.err.end(), '\n'), 1) << line << "\n" << o.err; }
 }
 
 class QmutilBadInput : public testing::Test {

@@ -42,9 +42,7 @@ protected:
             kill(pid, SIGCONT);
             qmtest::Stop(pid);
         }
-        if (!folder_.empty()) {
-            EXPECT_EQ(std::system(("rm -rf '" + folder_ + "'").c_str()), 0);
-        }
+        if (!folder_.empty()) { EXPECT_EQ(std::system(("rm -rf '" + folder_ + "'").c_str()), 0); }
     }
 
     pid_t Spawn(const std::vector<std::string>& args, const std::string& in, const std::string& out) {

@@ -258,9 +258,7 @@ TEST_F(Folders, HostilePathsAreAnsweredSafely) {
         else EXPECT_EQ(removed, p.size() < MAX_PATH ? 1 : 0);
         CString expanded = p.c_str();
         FileSystem::ExpandPathToFull(expanded);
-        if (p.size() >= MAX_PATH) {
-            EXPECT_STREQ(expanded, "");
-        }
+        if (p.size() >= MAX_PATH) { EXPECT_STREQ(expanded, ""); }
     }
     CString above = "Z:\\..\\..\\..\\tmp\\..\\..";
     EXPECT_EQ(FileSystem::MakeFull(above), 1);

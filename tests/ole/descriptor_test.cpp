@@ -67,12 +67,8 @@ TEST(ObjectDescriptor, LayoutOfTypeAndSource) {
         EXPECT_EQ(DwordAt(b, 0), c.cbSize);
         EXPECT_EQ(DwordAt(b, 44), c.typeOffset);
         EXPECT_EQ(DwordAt(b, 48), c.sourceOffset);
-        if (c.typeOffset) {
-            EXPECT_EQ(Utf16At(b, c.typeOffset), u"Note");
-        }
-        if (c.sourceOffset) {
-            EXPECT_EQ(Utf16At(b, c.sourceOffset), c.sourceText);
-        }
+        if (c.typeOffset) { EXPECT_EQ(Utf16At(b, c.typeOffset), u"Note"); }
+        if (c.sourceOffset) { EXPECT_EQ(Utf16At(b, c.sourceOffset), c.sourceText); }
         EXPECT_EQ(GlobalMemFree(h), nullptr);
     }
 }

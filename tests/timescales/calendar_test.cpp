@@ -36,9 +36,7 @@ TEST(DayOfNthDow, YearBefore1900OrBadMonthIsTheGeneralFailure) {
         } catch (CException* e) {
             auto* ole = dynamic_cast<COleException*>(e);
             EXPECT_NE(ole, nullptr) << b[0] << "-" << b[1];
-            if (ole) {
-                EXPECT_EQ(ole->m_sc, E_FAIL) << b[0] << "-" << b[1];
-            }
+            if (ole) { EXPECT_EQ(ole->m_sc, E_FAIL) << b[0] << "-" << b[1]; }
             e->Delete();
         }
     }

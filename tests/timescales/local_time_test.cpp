@@ -216,9 +216,7 @@ TEST(ExtractParts, TimeOfDayLandsOnTheAnchorDate) {
     } catch (CException* e) {
         auto* ole = dynamic_cast<COleException*>(e);
         EXPECT_NE(ole, nullptr);
-        if (ole) {
-            EXPECT_EQ(ole->m_sc, E_FAIL);
-        }
+        if (ole) { EXPECT_EQ(ole->m_sc, E_FAIL); }
         e->Delete();
     }
 }
