@@ -23,6 +23,8 @@ namespace plat = qm::platform;
 using qmtest::Finish;
 using qmtest::Slurp;
 
+std::string BitsOf(const CDIBitmap& b) { return std::string((const char*)b.GetBits(), b.GetBitsSize()); }
+
 class DesktopClipboard : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -121,9 +123,7 @@ TEST_F(DesktopClipboard, PicturesTravelAsBmpFilesBothWays) {
     CDIBitmap loaded;
     ASSERT_TRUE(loaded.Load(pasted, true));
     EXPECT_EQ(loaded.GetWidth(), 13);
-    ASSERT_EQ(loaded.GetBitsSize(), bmp.GetBitsSize());
-    EXPECT_EQ(std::string((const char*)loaded.GetBits(), loaded.GetBitsSize()),
-              std::string((const char*)bmp.GetBits(), bmp.GetBitsSize()));
+    EXPECT_EQ(BitsOf(loaded), BitsOf(bmp));
 
     CDIBitmap other;
     ASSERT_TRUE(other.Create(7, 9, 8));
@@ -139,9 +139,7 @@ TEST_F(DesktopClipboard, PicturesTravelAsBmpFilesBothWays) {
     ASSERT_TRUE(back.GetFromClipboard(nullptr));
     EXPECT_EQ(back.GetWidth(), 7);
     EXPECT_EQ(back.GetHeight(), 9);
-    ASSERT_EQ(back.GetBitsSize(), other.GetBitsSize());
-    EXPECT_EQ(std::string((const char*)back.GetBits(), back.GetBitsSize()),
-              std::string((const char*)other.GetBits(), other.GetBitsSize()));
+    EXPECT_EQ(BitsOf(back), BitsOf(other));
 }
 
 TEST_F(DesktopClipboard, LargeTextGoesInChunksBothWays) {
