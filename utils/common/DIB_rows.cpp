@@ -180,6 +180,34 @@ void GatherRow24(BYTE* out, const BYTE* in, std::size_t inBytes, const std::uint
     for (; i < count; ++i, out += 3) std::memcpy(out, in + offsets[i], 3);
 }
 
+namespace {
+
+// Plans the row as 64-byte pieces when every piece's source bytes lie in one 128-byte window
+// (a reduction to no less than half, or any enlargement); false, with nothing planned, else.
+bool PlanPieces(const std::uint32_t* offsets, std::size_t count, GatherPlan& plan) {
+    const std::size_t bytes = 3 * count;
+    auto source = [offsets](std::size_t o) { return offsets[o / 3] + (std::uint32_t)(o % 3); };
+    for (std::size_t first = 0; first < bytes; first += 64) {
+        const std::size_t end = std::min(first + 64, bytes);
+        std::uint32_t lo = source(first), hi = lo;
+        for (std::size_t o = first; o < end; ++o) {
+            lo = std::min(lo, source(o));
+            hi = std::max(hi, source(o));
+        }
+        if (hi - lo >= 128) {
+            plan.pieceStart.clear();
+            plan.pieceIndex.clear();
+            return false;
+        }
+        plan.pieceStart.push_back(lo);
+        for (std::size_t o = first; o < first + 64; ++o) plan.pieceIndex.push_back((BYTE)(o < end ? source(o) - lo : 0));
+    }
+    plan.pieces = plan.pieceStart.size();
+    return plan.pieces > 0;
+}
+
+}  // namespace
+
 void PlanGather24(const std::uint32_t* offsets, std::size_t count, GatherPlan& plan) {
     plan.targets = count;
     plan.runs = 0;
@@ -187,6 +215,9 @@ void PlanGather24(const std::uint32_t* offsets, std::size_t count, GatherPlan& p
     plan.index.clear();
     plan.blocks = 0;
     plan.blockIndex.clear();
+    plan.pieces = 0;
+    plan.pieceStart.clear();
+    plan.pieceIndex.clear();
     if (count >= 64) {
         std::uint32_t lo = *std::min_element(offsets, offsets + 64), hi = *std::max_element(offsets, offsets + 64);
         std::uint32_t step = count > 64 ? offsets[64] - offsets[0] : 0;
@@ -200,6 +231,7 @@ void PlanGather24(const std::uint32_t* offsets, std::size_t count, GatherPlan& p
             return;
         }
     }
+    if (PlanPieces(offsets, count, plan)) return;
     for (std::size_t first = 0; first + 16 <= count; first += 16) {
         std::uint32_t lo = offsets[first], hi = offsets[first];
         for (std::size_t k = first; k < first + 16; ++k) {

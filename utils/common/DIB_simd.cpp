@@ -132,6 +132,26 @@ QM_VBMI std::size_t GatherRow24_512(BYTE* out, const BYTE* in, std::size_t inByt
         }
         return 64 * b;
     }
+    if (plan.pieces) {
+        const std::size_t bytes = 3 * plan.targets;
+        const bool stream = plan.stream && ((std::uintptr_t)out & 63) == 0;
+        std::size_t p = 0;
+        for (; p < plan.pieces && plan.pieceStart[p] + 128 <= inBytes; ++p) {
+            const BYTE* w = in + plan.pieceStart[p];
+            __m512i idx = _mm512_loadu_si512(plan.pieceIndex.data() + 64 * p);
+            __m512i v = _mm512_permutex2var_epi8(_mm512_loadu_si512(w), idx, _mm512_loadu_si512(w + 64));
+            BYTE* to = out + 64 * p;
+            if (64 * p + 64 > bytes)
+                _mm512_mask_storeu_epi8(to, ~(__mmask64)0 >> (64 * p + 64 - bytes), v);
+            else if (stream)
+                _mm512_stream_si512(reinterpret_cast<__m512i*>(to), v);
+            else
+                _mm512_storeu_si512(to, v);
+        }
+        if (stream) _mm_sfence();
+        // Whole pixels: the caller writes the rest, the part of a pixel already written again.
+        return std::min(plan.targets, 64 * p / 3);
+    }
     // Each run writes 48 bytes; the whole 64-byte vector is stored where the 16 bytes past
     // them are still the row's (the next run writes them again), a masked store at the end.
     const __mmask64 k48 = ((__mmask64)1 << 48) - 1;
