@@ -5,10 +5,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 #if defined(__SSE2__) || defined(_M_X64)
 #include <emmintrin.h>
-#include <vector>
 #define QM_DIB_SSE2 1
 #endif
 
@@ -248,6 +248,27 @@ void PlanGather24(const std::uint32_t* offsets, std::size_t count, GatherPlan& p
 
 namespace {
 
+// Copies `n` bytes to a place that will not be read soon: the aligned 16-byte parts go straight
+// to memory without first reading the lines they fill. StreamsDone() orders them before
+// anything written after it.
+void CopyStreaming(BYTE* to, const BYTE* from, std::size_t n) {
+#if defined(QM_DIB_SSE2)
+    std::size_t head = std::min(n, (std::size_t)(-(std::uintptr_t)to & 15));
+    std::memcpy(to, from, head);
+    std::size_t i = head;
+    for (; i + 16 <= n; i += 16)
+        _mm_stream_si128(reinterpret_cast<__m128i*>(to + i), _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + i)));
+    std::memcpy(to + i, from + i, n - i);
+#else
+    std::memcpy(to, from, n);
+#endif
+}
+void StreamsDone() {
+#if defined(QM_DIB_SSE2)
+    _mm_sfence();
+#endif
+}
+
 // A rectangle of storage pixels: [x0, x1) x [y0, y1).
 struct Box {
     int x0, x1, y0, y1;
@@ -283,6 +304,10 @@ void TurnTiles(BYTE* bits, std::uint64_t stride, int side, bool clockwise) {
     std::vector<BYTE> storage(4 * kBlock);
     BYTE* blocks[4] = {storage.data(), storage.data() + kBlock, storage.data() + 2 * kBlock, storage.data() + 3 * kBlock};
     const bool wide = N == 3 && HasByteShuffle512();
+    // A picture larger than the caches gets each turned tile through a small block, whose rows
+    // are then streamed to memory whole: the picture's lines are written without being read.
+    const bool stream = stride * (std::uint64_t)side >= kStreamedTarget;
+    std::vector<BYTE> turned(stream ? kBlock : 0);
     for (int y0 = 0; y0 < side / 2; y0 += kTile)
         for (int x0 = 0; x0 < (side + 1) / 2; x0 += kTile) {
             Box box[4];
@@ -309,12 +334,16 @@ void TurnTiles(BYTE* bits, std::uint64_t stride, int side, bool clockwise) {
                     from(b.x0, y, fx, fy);
                     return src + (std::size_t)(fy - s.y0) * sw + N * (std::size_t)(fx - s.x0);
                 };
-                auto target = [&](int y) { return bits + stride * (std::uint64_t)y + N * (std::uint64_t)b.x0; };
+                const std::size_t bw = (std::size_t)n * N;
+                const std::uint64_t targetStride = stream ? bw : stride;
+                auto target = [&](int y) {
+                    return stream ? turned.data() + bw * (std::size_t)(y - b.y0) : bits + stride * (std::uint64_t)y + N * (std::uint64_t)b.x0;
+                };
                 int y = b.y0;
                 if (wide) {
                     // 16 target rows at a time in blocks of 16 x 16 pixels: output row q of a
                     // block is target row y + q counter-clockwise, y + 15 - q clockwise.
-                    const std::ptrdiff_t outStep = clockwise ? -(std::ptrdiff_t)stride : (std::ptrdiff_t)stride;
+                    const std::ptrdiff_t outStep = clockwise ? -(std::ptrdiff_t)targetStride : (std::ptrdiff_t)targetStride;
                     for (; y + 16 <= b.y1; y += 16) {
                         const BYTE* p = source(clockwise ? y + 15 : y);
                         BYTE* out = target(clockwise ? y + 15 : y);
@@ -342,8 +371,12 @@ void TurnTiles(BYTE* bits, std::uint64_t stride, int side, bool clockwise) {
                         for (int i = 0; i < n; ++i, p += step) std::memcpy(out + N * i, p, N);
                     }
                 }
+                if (stream)
+                    for (int yy = b.y0; yy < b.y1; ++yy)
+                        CopyStreaming(bits + stride * (std::uint64_t)yy + N * (std::uint64_t)b.x0, target(yy), bw);
             }
         }
+    if (stream) StreamsDone();
 }
 
 }  // namespace
