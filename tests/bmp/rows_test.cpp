@@ -130,9 +130,9 @@ TEST(DibRows, ResizeTakesTheNearestOrMiddlePixelOfEachRowAndColumn) {
     } cases[] = {{5, 4, 7, 9},    {33, 17, 100, 18}, {3, 3, 3, 8},     {64, 9, 65, 9},   {40, 30, 13, 7},
                  {17, 5, 16, 5},  {9, 21, 2, 20},    {64, 3, 128, 6},  {97, 4, 194, 8},  {33, 2, 66, 5},
                  {100, 5, 400, 11}, {128, 3, 192, 4}, {1, 1, 64, 3},   {301, 4, 150, 2}, {256, 2, 128, 1},
-                 // A target large enough to be written past the caches, rows starting on and off
-                 // a cache line.
-                 {2400, 1800, 1700, 1750}};
+                 // Targets large enough to be written past the caches, rows starting on and off
+                 // a cache line: a reduction, a doubling, an enlargement that does not repeat.
+                 {2400, 1800, 1700, 1750}, {1024, 1024, 2048, 2048}, {1000, 700, 2001, 1401}};
     for (const Case& c : cases) {
         SCOPED_TRACE(testing::Message() << c.w << "x" << c.h << " to " << c.nw << "x" << c.nh);
         CDIBitmap b;

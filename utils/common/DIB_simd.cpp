@@ -121,15 +121,21 @@ QM_VBMI std::size_t GatherRow24_512(BYTE* out, const BYTE* in, std::size_t inByt
     if (plan.blocks) {
         const __m512i idx[3] = {_mm512_loadu_si512(plan.blockIndex.data()), _mm512_loadu_si512(plan.blockIndex.data() + 64),
                                 _mm512_loadu_si512(plan.blockIndex.data() + 128)};
+        // Every copy starts on a cache line when the first does and the rows are whole lines apart.
+        const bool stream = plan.stream && ((std::uintptr_t)out & 63) == 0 && (copies == 1 || outStride % 64 == 0);
         std::size_t b = 0;
         for (std::size_t from = plan.blockStart; b < plan.blocks && from + 128 <= inBytes; ++b, from += plan.blockStep) {
             __m512i lo = _mm512_loadu_si512(in + from), hi = _mm512_loadu_si512(in + from + 64);
             for (int j = 0; j < 3; ++j) {
                 __m512i v = _mm512_permutex2var_epi8(lo, idx[j], hi);
                 BYTE* to = out + 192 * b + 64 * j;
-                for (std::size_t c = 0; c < copies; ++c, to += outStride) _mm512_storeu_si512(to, v);
+                if (stream)
+                    for (std::size_t c = 0; c < copies; ++c, to += outStride) _mm512_stream_si512(reinterpret_cast<__m512i*>(to), v);
+                else
+                    for (std::size_t c = 0; c < copies; ++c, to += outStride) _mm512_storeu_si512(to, v);
             }
         }
+        if (stream) _mm_sfence();
         return 64 * b;
     }
     if (plan.pieces) {
