@@ -81,10 +81,13 @@ struct Node {
     std::vector<std::unique_ptr<Node>> children;
     int opened = 0;
 
+    // The children are kept in directory order (Insert), so a name is found by halving.
     Node* Find(const std::u16string& n) const {
-        for (auto& c : children)
-            if (CompareNames(c->name, n) == 0) return c.get();
-        return nullptr;
+        auto at = std::lower_bound(children.begin(), children.end(), n,
+                                   [](const std::unique_ptr<Node>& c, const std::u16string& key) {
+                                       return CompareNames(c->name, key) < 0;
+                                   });
+        return at != children.end() && CompareNames((*at)->name, n) == 0 ? at->get() : nullptr;
     }
     Node* Insert(std::unique_ptr<Node> node) {
         auto at = std::lower_bound(children.begin(), children.end(), node,
