@@ -148,10 +148,7 @@ void Pattern(CDIBitmap& bmp, int w, int h, WORD bits, COLORREF key) {
 
 TEST(DrawTransparentBitmap, KeyedPixelsLeaveTheTargetUnchanged) {
     const COLORREF key = RGB(0, 255, 0);
-    struct Case {
-        WORD bits;
-        int w;
-    } cases[] = {{4, 11}, {8, 11}, {32, 11}, {24, 11},
+    struct Case { WORD bits; int w; } cases[] = {{4, 11}, {8, 11}, {32, 11}, {24, 11},
                  // Rows long enough for the 4- and 16-pixel steps of the 24-bit kernels, and
                  // their remainders.
                  {24, 21}, {24, 22}, {24, 37}, {24, 70}, {24, 200}};
