@@ -4,10 +4,14 @@
 // tile steps of the rows.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <cstring>
+#include <thread>
 #include <vector>
 
 #include "tests/bmp/bmp_model.h"
 #include "tests/support/recording_sink.h"
+#include "utils/common/DIB_internal.h"
 
 using namespace bmptest;
 
@@ -97,7 +101,10 @@ TEST(DibRows, MirrorKeepsThePaddingAndReversesEveryPixel) {
 TEST(DibRows, SquareQuarterTurnsMatchTheTurnOfANewBlock) {
     std::mt19937 rng(3);
     for (int bpp : {8, 24, 32})
-        for (int side : {1, 2, 3, 16, 17, 31, 32, 33, 44, 45, 63, 64, 65, 97, 129, 255, 256, 257, 300}) {
+        // The last two: pictures large enough to be written past the caches (2900 only at 8
+        // bits, where 1677 is not).
+        for (int side : {1, 2, 3, 16, 17, 31, 32, 33, 44, 45, 63, 64, 65, 97, 129, 255, 256, 257, 300, 1677, 2900}) {
+            if (side == 2900 && bpp != 8) continue;
             SCOPED_TRACE(testing::Message() << bpp << " bits, side " << side);
             CDIBitmap b;
             MakeNoisy(b, side, side, bpp, rng);
@@ -122,7 +129,10 @@ TEST(DibRows, ResizeTakesTheNearestOrMiddlePixelOfEachRowAndColumn) {
         int w, h, nw, nh;
     } cases[] = {{5, 4, 7, 9},    {33, 17, 100, 18}, {3, 3, 3, 8},     {64, 9, 65, 9},   {40, 30, 13, 7},
                  {17, 5, 16, 5},  {9, 21, 2, 20},    {64, 3, 128, 6},  {97, 4, 194, 8},  {33, 2, 66, 5},
-                 {100, 5, 400, 11}, {128, 3, 192, 4}, {1, 1, 64, 3},   {301, 4, 150, 2}, {256, 2, 128, 1}};
+                 {100, 5, 400, 11}, {128, 3, 192, 4}, {1, 1, 64, 3},   {301, 4, 150, 2}, {256, 2, 128, 1},
+                 // Targets large enough to be written past the caches, rows starting on and off
+                 // a cache line: a reduction, a doubling, an enlargement that does not repeat.
+                 {2400, 1800, 1700, 1750}, {1024, 1024, 2048, 2048}, {1000, 700, 2001, 1401}};
     for (const Case& c : cases) {
         SCOPED_TRACE(testing::Message() << c.w << "x" << c.h << " to " << c.nw << "x" << c.nh);
         CDIBitmap b;
@@ -130,28 +140,27 @@ TEST(DibRows, ResizeTakesTheNearestOrMiddlePixelOfEachRowAndColumn) {
         CDIBitmap src;
         src.CopyFrom(b);
         ASSERT_EQ(b.Resize(CSize(c.nw, c.nh)), 1);
-        double sx = (double)c.nw / c.w, sy = (double)c.nh / c.h;
         // Enlarging: trunc(i / s). Shrinking: the middle of the run of source indexes r with
         // trunc(r * s) == i.
-        auto pick = [](int i, int from, double s, bool nearest) {
-            if (nearest) return (int)(i / s);
-            int first = -1, end = -1;
-            for (int r = 0; r < from; ++r)
-                if ((int)(r * s) == i) {
-                    if (first < 0) first = r;
-                    end = r + 1;
-                }
-            return (first + end) / 2;
-        };
         bool grow = c.nw >= c.w && c.nh >= c.h;
+        auto picks = [grow](int n, int from) {
+            const double s = (double)n / from;
+            std::vector<int> first((size_t)n, -1), end((size_t)n, -1), pick((size_t)n);
+            for (int r = 0; r < from; ++r) {
+                int i = (int)(r * s);
+                if (i >= n) continue;
+                if (first[(size_t)i] < 0) first[(size_t)i] = r;
+                end[(size_t)i] = r + 1;
+            }
+            for (int i = 0; i < n; ++i) pick[(size_t)i] = grow ? (int)(i / s) : (first[(size_t)i] + end[(size_t)i]) / 2;
+            return pick;
+        };
+        const std::vector<int> fx = picks(c.nw, c.w), fy = picks(c.nh, c.h);
         std::vector<BYTE> expect((size_t)b.GetBitsSize(), 0);
         size_t stride = Stride(c.nw, 24), srcStride = Stride(c.w, 24);
         for (int y = 0; y < c.nh; ++y)
-            for (int x = 0; x < c.nw; ++x) {
-                int fx = pick(x, c.w, sx, grow);
-                int fy = pick(y, c.h, sy, grow);
-                std::memcpy(&expect[y * stride + 3 * x], src.GetBits() + fy * srcStride + 3 * fx, 3);
-            }
+            for (int x = 0; x < c.nw; ++x)
+                std::memcpy(&expect[y * stride + 3 * x], src.GetBits() + fy[(size_t)y] * srcStride + 3 * fx[(size_t)x], 3);
         EXPECT_EQ(Bytes(b), expect);
     }
 }
@@ -187,4 +196,48 @@ TEST(DibRows, ColourAdjustmentsOfWholeRowsMatchThoseOfSinglePixels) {
             for (size_t y = 0; y < 2; ++y)
                 for (size_t i = used; i < stride; ++i) EXPECT_EQ(wide.GetBits()[y * stride + i], before.GetBits()[y * stride + i]);
         }
+}
+
+TEST(DibBlocks, ALargeBlockGivenBackServesTheNextRequestThatFitsIt) {
+    const std::size_t kBig = std::size_t(48) << 20, kOther = std::size_t(12) << 20;
+    BYTE* big = qm::dib::NewPixelBlock(kBig);
+    BYTE* other = qm::dib::NewPixelBlock(kOther);
+    ASSERT_NE(big, nullptr);
+    ASSERT_NE(other, nullptr);
+    qm::dib::FreePixelBlock(big, kBig);
+    qm::dib::FreePixelBlock(other, kOther);
+    // A request of half a kept block gets its own block instead of pinning the big one.
+    BYTE* half = qm::dib::NewPixelBlock(kBig / 2);
+    ASSERT_NE(half, nullptr);
+    EXPECT_NE(half, big);
+    EXPECT_NE(half, other);
+    // Both are kept: a resize holds its source and its result at once.
+    BYTE* again = qm::dib::NewPixelBlock(kBig);
+    EXPECT_EQ(again, big);
+    EXPECT_EQ(qm::dib::NewPixelBlock(kOther), other);
+    // Whatever the system did with the pages meanwhile, the whole block is usable.
+    std::memset(again, 0x5A, kBig);
+    EXPECT_EQ(again[kBig - 1], 0x5A);
+    qm::dib::FreePixelBlock(half, kBig / 2);
+    qm::dib::FreePixelBlock(again, kBig);
+    qm::dib::FreePixelBlock(other, kOther);
+}
+
+TEST(DibBlocks, ThreadsTakingAndGivingBackBlocksAtOnceNeverShareOne) {
+    std::vector<std::thread> threads;
+    std::atomic<int> shared{0};
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([t, &shared] {
+            for (int i = 0; i < 40; ++i) {
+                const std::size_t size = (std::size_t(4) << 20) + std::size_t(i % 3) * 4096;
+                BYTE* p = qm::dib::NewPixelBlock(size);
+                if (!p) continue;
+                std::memset(p, t, 4096);
+                std::memset(p + size - 4096, t, 4096);
+                if (p[0] != t || p[size - 1] != t) ++shared;
+                qm::dib::FreePixelBlock(p, size);
+            }
+        });
+    for (std::thread& th : threads) th.join();
+    EXPECT_EQ(shared.load(), 0);
 }

@@ -303,12 +303,35 @@ int RunUnpack(const Args& a) {
     return 0;
 }
 
+// Packs a small folder of notes, lists the file and prints one stream; the files are made in
+// the current folder and removed afterwards.
+void Tour() {
+    const fs::path folder = "qmutil-tour-notes", file = "qmutil-tour-notes.dat";
+    std::error_code ec;
+    try {
+        fs::create_directories(folder / "Calendar", ec);
+        std::ofstream(folder / "readme.txt", std::ios::binary) << "Notes packed by the tour.\n";
+        std::ofstream(folder / "Calendar" / "2012-07-04.txt", std::ios::binary) << "Fireworks at nine.\n";
+        qmutil::TourStep("ole pack qmutil-tour-notes qmutil-tour-notes.dat");
+        RunPack({folder.string(), file.string()});
+        qmutil::TourStep("ole list qmutil-tour-notes.dat");
+        RunList({file.string()});
+        qmutil::TourStep("ole cat qmutil-tour-notes.dat Calendar/2012-07-04.txt");
+        std::fflush(stdout);
+        RunCat({file.string(), "Calendar/2012-07-04.txt"});
+    } catch (const qmutil::UsageError& e) {
+        std::printf("(skipped: %s)\n", e.what());
+    }
+    fs::remove_all(folder, ec);
+    fs::remove(file, ec);
+}
+
 qmutil::Registrar g_list({"ole", "list", "the storages and streams of a compound file, with sizes",
                           "usage: qmutil ole list FILE\n"
                           "  One line per element, depth first in directory order: d (storage) or f\n"
                           "  (stream), the stream's size, the path joined by /, and a storage's class id\n"
                           "  when it has one. Bytes outside printable ASCII show as \\xNN.\n",
-                          RunList, nullptr, 0});
+                          RunList, Tour, 86});
 qmutil::Registrar g_cat({"ole", "cat", "the bytes of one stream of a compound file",
                          "usage: qmutil ole cat FILE PATH\n"
                          "  PATH names the storages on the way and the stream, joined by /\n"

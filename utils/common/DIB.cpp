@@ -12,7 +12,6 @@
 
 #include "utils/common/CVLogger.h"
 #include "utils/common/DIB_internal.h"
-#include "utils/platform/pixelblock.h"
 
 #define QM_SOURCE_MODULE "Common\\DIB"
 
@@ -157,7 +156,7 @@ void CDIBitmap::Destroy() {
         m_BmpBits = CBmpBits();
         return;
     }
-    std::free(m_BmpBits.m_pPtr);
+    qm::dib::FreePixelBlock(m_BmpBits.m_pPtr, m_BmpBits.m_nSize);
     m_BmpBits = CBmpBits();
     std::free(m_BmpInfo.m_pBmpInfo);
     m_BmpInfo = CBmpInfo();
@@ -185,7 +184,7 @@ bool CDIBitmap::Create(int width, int height, WORD bitCount) {
     info->biPlanes = 1;
     info->biBitCount = bitCount;
     info->biCompression = BI_RGB;
-    BYTE* pixels = static_cast<BYTE*>(qm::platform::AllocatePixelBlock((size_t)bits));
+    BYTE* pixels = qm::dib::NewPixelBlock((size_t)bits);
     if (!pixels) {
         std::free(info);
         return false;
@@ -218,10 +217,10 @@ bool CDIBitmap::CreateFromPacked(const BITMAPINFOHEADER* pBI, std::uint64_t avai
     if (bits == 0 || infoLen > 0xFFFFFFFFull || infoLen + bits > available) return false;
     _cvtrace_(" 2");
     auto* info = static_cast<BITMAPINFOHEADER*>(std::malloc((size_t)infoLen));
-    BYTE* pixels = static_cast<BYTE*>(qm::platform::AllocatePixelBlock((size_t)bits));
+    BYTE* pixels = qm::dib::NewPixelBlock((size_t)bits);
     if (!info || !pixels) {
         std::free(info);
-        std::free(pixels);
+        qm::dib::FreePixelBlock(pixels, (size_t)bits);
         return false;
     }
     _cvtrace_(" 3");
@@ -259,14 +258,14 @@ LONG CDIBitmap::CopyFrom(const CDIBitmap& src) {
     Destroy();
     if (!src.IsValid()) return 0;
     CBmpBits MemTmp;
-    MemTmp.m_pPtr = static_cast<BYTE*>(qm::platform::AllocatePixelBlock(src.m_BmpBits.m_nSize));
+    MemTmp.m_pPtr = qm::dib::NewPixelBlock(src.m_BmpBits.m_nSize);
     if (!CVASSERT(MemTmp.m_pPtr)) return kOutOfMemory;
     MemTmp.m_nSize = src.m_BmpBits.m_nSize;
     std::memcpy(MemTmp.m_pPtr, src.m_BmpBits.m_pPtr, MemTmp.m_nSize);
     DWORD infoLen = src.GetInfoLength();
     auto* info = static_cast<BITMAPINFOHEADER*>(std::malloc(infoLen));
     if (!info) {
-        std::free(MemTmp.m_pPtr);
+        qm::dib::FreePixelBlock(MemTmp.m_pPtr, MemTmp.m_nSize);
         return kOutOfMemory;
     }
     std::memcpy(info, src.m_BmpInfo.m_pBmpInfo, infoLen);
@@ -287,7 +286,7 @@ void CDIBitmap::MoveFrom(CDIBitmap& src) {
     m_BmpInfo.m_nSize = infoLen;
     if (src.IsAttached()) {
         // The rows of an attached source stay in the caller's block: they are copied.
-        m_BmpBits.m_pPtr = static_cast<BYTE*>(qm::platform::AllocatePixelBlock(src.m_BmpBits.m_nSize));
+        m_BmpBits.m_pPtr = qm::dib::NewPixelBlock(src.m_BmpBits.m_nSize);
         if (m_BmpBits.m_pPtr) std::memcpy(m_BmpBits.m_pPtr, src.m_BmpBits.m_pPtr, src.m_BmpBits.m_nSize);
         m_BmpBits.m_nSize = m_BmpBits.m_pPtr ? src.m_BmpBits.m_nSize : 0;
         src.Detach();

@@ -11,7 +11,6 @@
 #include "utils/common/CVLogger.h"
 #include "utils/common/DIB.h"
 #include "utils/common/DIB_internal.h"
-#include "utils/platform/pixelblock.h"
 
 #define QM_SOURCE_MODULE "Common\\DIB"
 
@@ -62,7 +61,7 @@ bool CDIBitmap::Load(CFile& file, bool bFileHeader) {
     }
     std::uint64_t bits = qm::dib::BitsSize(info->biWidth, info->biHeight, info->biBitCount);
     if (bits == 0 || bits > length - start - infoLen) return false;
-    Block<BYTE> pixels(static_cast<BYTE*>(qm::platform::AllocatePixelBlock((size_t)bits)));
+    Block<BYTE> pixels(qm::dib::NewPixelBlock((size_t)bits));
     if (!pixels || file.Read(pixels.get(), (UINT)bits) != bits) return false;
     m_BmpInfo.m_pBmpInfo = info.release();
     m_BmpInfo.m_nSize = (DWORD)infoLen;

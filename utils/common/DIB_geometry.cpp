@@ -15,7 +15,6 @@
 #include "utils/common/DIB.h"
 #include "utils/common/DIB_internal.h"
 #include "utils/common/DIB_rows_internal.h"
-#include "utils/platform/pixelblock.h"
 
 #define QM_SOURCE_MODULE "Common\\DIB"
 
@@ -76,7 +75,7 @@ void CDIBitmap::Copy(const CDIBitmap& SrcBmp, CRect SrcRect) {
     result.m_BmpInfo.SetSize(rect.Size());
     WORD bpp = SrcBmp.GetBitCount();
     std::uint64_t size = qm::dib::BitsSize(rect.Width(), rect.Height(), bpp);
-    result.m_BmpBits.m_pPtr = size ? static_cast<BYTE*>(qm::platform::AllocatePixelBlock((size_t)size)) : nullptr;
+    result.m_BmpBits.m_pPtr = size ? qm::dib::NewPixelBlock((size_t)size) : nullptr;
     if (!result.m_BmpBits.m_pPtr) return;
     result.m_BmpBits.m_nSize = (DWORD)size;
 
@@ -112,10 +111,10 @@ bool CDIBitmap::CreateLike(CDIBitmap& result, const CDIBitmap& model, std::int64
     if (!size) return false;
     DWORD infoLen = model.GetInfoLength();
     auto* info = static_cast<BITMAPINFOHEADER*>(std::malloc(infoLen));
-    BYTE* bits = static_cast<BYTE*>(qm::platform::AllocatePixelBlock((size_t)size));
+    BYTE* bits = qm::dib::NewPixelBlock((size_t)size);
     if (!info || !bits) {
         std::free(info);
-        std::free(bits);
+        qm::dib::FreePixelBlock(bits, (size_t)size);
         return false;
     }
     std::memcpy(info, model.m_BmpInfo.m_pBmpInfo, infoLen);
@@ -268,6 +267,7 @@ int CDIBitmap::Resize(const CSize& size) {
         qm::dib::GatherPlan plan;
         bool wide = qm::dib::HasByteShuffle512();
         if (wide) qm::dib::PlanGather24(offsets.data(), offsets.size(), plan);
+        plan.stream = result.GetBitsSize() >= qm::dib::kStreamedTarget;
         for (int y = 0; y < size.cy;) {
             BYTE* out = result.GetBits() + dstStride * y;
             int from = rows[(size_t)y].first, copies = 1;

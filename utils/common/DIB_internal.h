@@ -1,6 +1,7 @@
 // Helpers shared by the bitmap modules (not exported).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "utils/common/DIB.h"
@@ -29,6 +30,11 @@ MaskShape MeasureMask(DWORD dwBitMask);
 // (value AND mask) >> shift, placed so that its top bit is bit 7 of the byte.
 BYTE MaskedChannel(DWORD value, DWORD mask, MaskShape shape);
 
+// Blocks of rows: every pixel block is taken from NewPixelBlock (not zero-filled; null when
+// memory is short) and given back to FreePixelBlock with the size it was asked for, so that a
+// large block just given back can serve the next request of about its size.
+BYTE* NewPixelBlock(std::size_t size);
+void FreePixelBlock(void* block, std::size_t size);
 
 // Frees what a bitmap holds in whichever mode it is (an attached block is only dropped).
 inline void Release(CDIBitmap& b) {

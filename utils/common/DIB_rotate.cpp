@@ -10,7 +10,6 @@
 #include "utils/common/DIB.h"
 #include "utils/common/DIB_internal.h"
 #include "utils/common/DIB_rows_internal.h"
-#include "utils/platform/pixelblock.h"
 
 #define QM_SOURCE_MODULE "Common\\DIB"
 
@@ -69,11 +68,11 @@ void CDIBitmap::Rotate(eRotate angle) {
     std::uint64_t size = qm::dib::BitsSize(rw, rh, bpp);
     DWORD infoLen = GetInfoLength();
     auto* info = static_cast<BITMAPINFOHEADER*>(std::malloc(infoLen));
-    BYTE* bits = size ? static_cast<BYTE*>(qm::platform::AllocatePixelBlock((size_t)size)) : nullptr;
+    BYTE* bits = size ? qm::dib::NewPixelBlock((size_t)size) : nullptr;
     bool bAllocOk = info && bits;
     if (!CVASSERT(bAllocOk)) {
         std::free(info);
-        std::free(bits);
+        qm::dib::FreePixelBlock(bits, (size_t)size);
         return;
     }
     std::memcpy(info, m_BmpInfo.m_pBmpInfo, infoLen);

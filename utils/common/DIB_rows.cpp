@@ -5,10 +5,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 #if defined(__SSE2__) || defined(_M_X64)
 #include <emmintrin.h>
-#include <vector>
 #define QM_DIB_SSE2 1
 #endif
 
@@ -180,6 +180,34 @@ void GatherRow24(BYTE* out, const BYTE* in, std::size_t inBytes, const std::uint
     for (; i < count; ++i, out += 3) std::memcpy(out, in + offsets[i], 3);
 }
 
+namespace {
+
+// Plans the row as 64-byte pieces when every piece's source bytes lie in one 128-byte window
+// (a reduction to no less than half, or any enlargement); false, with nothing planned, else.
+bool PlanPieces(const std::uint32_t* offsets, std::size_t count, GatherPlan& plan) {
+    const std::size_t bytes = 3 * count;
+    auto source = [offsets](std::size_t o) { return offsets[o / 3] + (std::uint32_t)(o % 3); };
+    for (std::size_t first = 0; first < bytes; first += 64) {
+        const std::size_t end = std::min(first + 64, bytes);
+        std::uint32_t lo = source(first), hi = lo;
+        for (std::size_t o = first; o < end; ++o) {
+            lo = std::min(lo, source(o));
+            hi = std::max(hi, source(o));
+        }
+        if (hi - lo >= 128) {
+            plan.pieceStart.clear();
+            plan.pieceIndex.clear();
+            return false;
+        }
+        plan.pieceStart.push_back(lo);
+        for (std::size_t o = first; o < first + 64; ++o) plan.pieceIndex.push_back((BYTE)(o < end ? source(o) - lo : 0));
+    }
+    plan.pieces = plan.pieceStart.size();
+    return plan.pieces > 0;
+}
+
+}  // namespace
+
 void PlanGather24(const std::uint32_t* offsets, std::size_t count, GatherPlan& plan) {
     plan.targets = count;
     plan.runs = 0;
@@ -187,6 +215,9 @@ void PlanGather24(const std::uint32_t* offsets, std::size_t count, GatherPlan& p
     plan.index.clear();
     plan.blocks = 0;
     plan.blockIndex.clear();
+    plan.pieces = 0;
+    plan.pieceStart.clear();
+    plan.pieceIndex.clear();
     if (count >= 64) {
         std::uint32_t lo = *std::min_element(offsets, offsets + 64), hi = *std::max_element(offsets, offsets + 64);
         std::uint32_t step = count > 64 ? offsets[64] - offsets[0] : 0;
@@ -200,6 +231,7 @@ void PlanGather24(const std::uint32_t* offsets, std::size_t count, GatherPlan& p
             return;
         }
     }
+    if (PlanPieces(offsets, count, plan)) return;
     for (std::size_t first = 0; first + 16 <= count; first += 16) {
         std::uint32_t lo = offsets[first], hi = offsets[first];
         for (std::size_t k = first; k < first + 16; ++k) {
@@ -215,6 +247,27 @@ void PlanGather24(const std::uint32_t* offsets, std::size_t count, GatherPlan& p
 }
 
 namespace {
+
+// Copies `n` bytes to a place that will not be read soon: the aligned 16-byte parts go straight
+// to memory without first reading the lines they fill. StreamsDone() orders them before
+// anything written after it.
+void CopyStreaming(BYTE* to, const BYTE* from, std::size_t n) {
+#if defined(QM_DIB_SSE2)
+    std::size_t head = std::min(n, (std::size_t)(-(std::uintptr_t)to & 15));
+    std::memcpy(to, from, head);
+    std::size_t i = head;
+    for (; i + 16 <= n; i += 16)
+        _mm_stream_si128(reinterpret_cast<__m128i*>(to + i), _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + i)));
+    std::memcpy(to + i, from + i, n - i);
+#else
+    std::memcpy(to, from, n);
+#endif
+}
+void StreamsDone() {
+#if defined(QM_DIB_SSE2)
+    _mm_sfence();
+#endif
+}
 
 // A rectangle of storage pixels: [x0, x1) x [y0, y1).
 struct Box {
@@ -251,6 +304,10 @@ void TurnTiles(BYTE* bits, std::uint64_t stride, int side, bool clockwise) {
     std::vector<BYTE> storage(4 * kBlock);
     BYTE* blocks[4] = {storage.data(), storage.data() + kBlock, storage.data() + 2 * kBlock, storage.data() + 3 * kBlock};
     const bool wide = N == 3 && HasByteShuffle512();
+    // A picture larger than the caches gets each turned tile through a small block, whose rows
+    // are then streamed to memory whole: the picture's lines are written without being read.
+    const bool stream = stride * (std::uint64_t)side >= kStreamedTarget;
+    std::vector<BYTE> turned(stream ? kBlock : 0);
     for (int y0 = 0; y0 < side / 2; y0 += kTile)
         for (int x0 = 0; x0 < (side + 1) / 2; x0 += kTile) {
             Box box[4];
@@ -277,12 +334,16 @@ void TurnTiles(BYTE* bits, std::uint64_t stride, int side, bool clockwise) {
                     from(b.x0, y, fx, fy);
                     return src + (std::size_t)(fy - s.y0) * sw + N * (std::size_t)(fx - s.x0);
                 };
-                auto target = [&](int y) { return bits + stride * (std::uint64_t)y + N * (std::uint64_t)b.x0; };
+                const std::size_t bw = (std::size_t)n * N;
+                const std::uint64_t targetStride = stream ? bw : stride;
+                auto target = [&](int y) {
+                    return stream ? turned.data() + bw * (std::size_t)(y - b.y0) : bits + stride * (std::uint64_t)y + N * (std::uint64_t)b.x0;
+                };
                 int y = b.y0;
                 if (wide) {
                     // 16 target rows at a time in blocks of 16 x 16 pixels: output row q of a
                     // block is target row y + q counter-clockwise, y + 15 - q clockwise.
-                    const std::ptrdiff_t outStep = clockwise ? -(std::ptrdiff_t)stride : (std::ptrdiff_t)stride;
+                    const std::ptrdiff_t outStep = clockwise ? -(std::ptrdiff_t)targetStride : (std::ptrdiff_t)targetStride;
                     for (; y + 16 <= b.y1; y += 16) {
                         const BYTE* p = source(clockwise ? y + 15 : y);
                         BYTE* out = target(clockwise ? y + 15 : y);
@@ -310,8 +371,12 @@ void TurnTiles(BYTE* bits, std::uint64_t stride, int side, bool clockwise) {
                         for (int i = 0; i < n; ++i, p += step) std::memcpy(out + N * i, p, N);
                     }
                 }
+                if (stream)
+                    for (int yy = b.y0; yy < b.y1; ++yy)
+                        CopyStreaming(bits + stride * (std::uint64_t)yy + N * (std::uint64_t)b.x0, target(yy), bw);
             }
         }
+    if (stream) StreamsDone();
 }
 
 }  // namespace

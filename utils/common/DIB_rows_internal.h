@@ -68,6 +68,10 @@ std::size_t Transpose24x16_512(const BYTE* in, std::ptrdiff_t inStep, BYTE* out,
 // first 64 take their bytes from within 128 (growing by 1.5 or more, as doubling does), the
 // whole row goes in blocks of 64 pixels (192 bytes, three full permutations) with one set of
 // indexes instead.
+// A target block at least this large is not read again while it is written: rows written
+// with streaming stores bypass the caches (and do not read each line before writing it).
+constexpr std::uint64_t kStreamedTarget = std::uint64_t(8) << 20;
+
 struct GatherPlan {
     std::size_t targets = 0;  // the count planned for
     std::size_t runs = 0;     // leading runs that have a window
@@ -76,6 +80,13 @@ struct GatherPlan {
     std::size_t blocks = 0;   // whole repeating blocks of 64 (0: the runs are used)
     std::uint32_t blockStart = 0, blockStep = 0;
     std::vector<BYTE> blockIndex;  // 192
+    // Or the whole row in pieces of 64 target bytes, each from one 128-byte source window
+    // (0: not planned). Set `stream` for a target too large to stay cached: pieces that start
+    // on a cache line then go straight to memory.
+    std::size_t pieces = 0;
+    std::vector<std::uint32_t> pieceStart;
+    std::vector<BYTE> pieceIndex;  // 64 per piece
+    bool stream = false;
 };
 void PlanGather24(const std::uint32_t* offsets, std::size_t count, GatherPlan& plan);
 // GatherRow24 for the planned runs whose window lies inside the `inBytes` readable bytes;

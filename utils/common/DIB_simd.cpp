@@ -121,16 +121,42 @@ QM_VBMI std::size_t GatherRow24_512(BYTE* out, const BYTE* in, std::size_t inByt
     if (plan.blocks) {
         const __m512i idx[3] = {_mm512_loadu_si512(plan.blockIndex.data()), _mm512_loadu_si512(plan.blockIndex.data() + 64),
                                 _mm512_loadu_si512(plan.blockIndex.data() + 128)};
+        // Every copy starts on a cache line when the first does and the rows are whole lines apart.
+        const bool stream = plan.stream && ((std::uintptr_t)out & 63) == 0 && (copies == 1 || outStride % 64 == 0);
         std::size_t b = 0;
         for (std::size_t from = plan.blockStart; b < plan.blocks && from + 128 <= inBytes; ++b, from += plan.blockStep) {
             __m512i lo = _mm512_loadu_si512(in + from), hi = _mm512_loadu_si512(in + from + 64);
             for (int j = 0; j < 3; ++j) {
                 __m512i v = _mm512_permutex2var_epi8(lo, idx[j], hi);
                 BYTE* to = out + 192 * b + 64 * j;
-                for (std::size_t c = 0; c < copies; ++c, to += outStride) _mm512_storeu_si512(to, v);
+                if (stream)
+                    for (std::size_t c = 0; c < copies; ++c, to += outStride) _mm512_stream_si512(reinterpret_cast<__m512i*>(to), v);
+                else
+                    for (std::size_t c = 0; c < copies; ++c, to += outStride) _mm512_storeu_si512(to, v);
             }
         }
+        if (stream) _mm_sfence();
         return 64 * b;
+    }
+    if (plan.pieces) {
+        const std::size_t bytes = 3 * plan.targets;
+        const bool stream = plan.stream && ((std::uintptr_t)out & 63) == 0;
+        std::size_t p = 0;
+        for (; p < plan.pieces && plan.pieceStart[p] + 128 <= inBytes; ++p) {
+            const BYTE* w = in + plan.pieceStart[p];
+            __m512i idx = _mm512_loadu_si512(plan.pieceIndex.data() + 64 * p);
+            __m512i v = _mm512_permutex2var_epi8(_mm512_loadu_si512(w), idx, _mm512_loadu_si512(w + 64));
+            BYTE* to = out + 64 * p;
+            if (64 * p + 64 > bytes)
+                _mm512_mask_storeu_epi8(to, ~(__mmask64)0 >> (64 * p + 64 - bytes), v);
+            else if (stream)
+                _mm512_stream_si512(reinterpret_cast<__m512i*>(to), v);
+            else
+                _mm512_storeu_si512(to, v);
+        }
+        if (stream) _mm_sfence();
+        // Whole pixels: the caller writes the rest, the part of a pixel already written again.
+        return std::min(plan.targets, 64 * p / 3);
     }
     // Each run writes 48 bytes; the whole 64-byte vector is stored where the 16 bytes past
     // them are still the row's (the next run writes them again), a masked store at the end.

@@ -3,6 +3,7 @@
 #include "utils/platform/pixelblock.h"
 
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <cstdlib>
@@ -18,6 +19,19 @@ void* AllocatePixelBlock(std::size_t size) {
     madvise(p, size, MADV_HUGEPAGE);  // only advice: the block is usable either way
 #endif
     return p;
+}
+
+void ForgetBlockContents(void* block, std::size_t size) {
+#ifdef MADV_FREE
+    // Whole pages only: the block's first and last pages may hold other allocations.
+    const std::uintptr_t kPage = (std::uintptr_t)sysconf(_SC_PAGESIZE);
+    std::uintptr_t first = ((std::uintptr_t)block + kPage - 1) & ~(kPage - 1);
+    std::uintptr_t end = ((std::uintptr_t)block + size) & ~(kPage - 1);
+    if (block && end > first) madvise((void*)first, (std::size_t)(end - first), MADV_FREE);
+#else
+    (void)block;
+    (void)size;
+#endif
 }
 
 void PrepareLargeBlock(void* block, std::size_t size) {

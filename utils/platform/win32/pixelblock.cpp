@@ -9,4 +9,7 @@ void* AllocatePixelBlock(std::size_t size) { return std::malloc(size ? size : 1)
 
 void PrepareLargeBlock(void*, std::size_t) {}
 
+// Heap blocks cannot lend their pages back while they are allocated.
+void ForgetBlockContents(void*, std::size_t) {}
+
 }  // namespace qm::platform
