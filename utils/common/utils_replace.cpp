@@ -22,7 +22,8 @@ inline bool EqualNoCase(const char* a, const char* b, size_t n) {
 }
 
 // Finds the occurrences of `f` in `text` left to right, ignoring case (the comparison of
-// InString, over counted bytes so an embedded NUL is an ordinary byte).
+// InString, over counted bytes so an embedded NUL is an ordinary byte). The byte after the
+// text must be readable: it is a string's terminating NUL.
 class NoCaseFinder {
 public:
     NoCaseFinder(std::string_view text, std::string_view f)
@@ -62,7 +63,7 @@ private:
     bool MatchesAt(size_t i) const {
         const char* b = m_text.data();
         const size_t w = qm::text::detail::BlockMatcher::kWidth;
-        // The block compare reads 16 bytes; the string's terminating NUL is readable too.
+        // The block compare reads 16 bytes, of which the last may be the byte after the text.
         if (i + w > m_text.size() + 1) return EqualNoCase(b + i, m_f.data(), m_f.size());
         if (!m_head.Matches(b + i)) return false;
         return m_f.size() <= w || EqualNoCase(b + i + w, m_f.data() + w, m_f.size() - w);
