@@ -115,6 +115,30 @@ TEST(ReplaceString, AgreesWithModelOnLongTexts) {
     }
 }
 
+// More hits than the first pass keeps for the copy: the copy goes on scanning after them,
+// also when the length guard stops it part way.
+TEST(ReplaceString, ManyHitsWithAndWithoutTheLengthGuard) {
+    std::string s;
+    for (int k = 0; k < 9000; ++k) s += "xNoTe";
+    Outcome got = Replace(s, "note", "annotation", 0, 0), want = Model(s, "note", "annotation", 0);
+    EXPECT_EQ(got.text, want.text);
+    EXPECT_EQ(got.result, 9000);
+    // A pattern that overlaps itself: the copy resumes right after the last kept hit.
+    const std::string run(10001, 'A');
+    got = Replace(run, "aa", "bbb", 0, 0);
+    want = Model(run, "aa", "bbb", 0);
+    EXPECT_EQ(got.text, want.text);
+    EXPECT_EQ(got.result, 5000);
+
+    for (int fits : {4095, 4096, 4097, 7000}) {
+        CString text(s.c_str());
+        EXPECT_EQ(qm::text::ReplaceStringLimited(text, "note", "annotation", 1, 0, (long long)s.size() + 1 + 6 * fits), fits);
+        std::string expected;
+        for (int k = 0; k < 9000; ++k) expected += k < fits ? "xannotation" : "xNoTe";
+        EXPECT_EQ(text.str(), expected) << fits;
+    }
+}
+
 // The one-compare candidate check against the byte rule of the character functions, for every
 // pair of pattern and text bytes, at the first, a middle and the last compared position.
 TEST(BlockMatcher, AgreesWithToUpperForEveryBytePair) {

@@ -1,4 +1,5 @@
 // Bulk replacement with the process-wide length guard.
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -43,15 +44,16 @@ public:
         return std::string_view::npos;
     }
 
-    // Every match that does not overlap the one before it, left to right, until `found`
-    // returns false.
+    // Every match at or after `from` that does not overlap the one before it, left to right,
+    // until `found` returns false.
     template <class Found>
-    void All(Found found) const {
+    void All(size_t from, Found found) const {
         if (m_f.size() > m_text.size()) return;
         const size_t last = m_text.size() - m_f.size();
+        if (from > last) return;
         const char* b = m_text.data();
-        size_t allowed = 0;  // the first position after the last match
-        m_scan.ForEach(b, 0, last + 1, [&](size_t i) {
+        size_t allowed = from;  // the first position after the last match
+        m_scan.ForEach(b, from, last + 1, [&](size_t i) {
             if (i < allowed || !MatchesAt(i)) return true;
             allowed = i + m_f.size();
             return found(i);
@@ -121,16 +123,23 @@ int ReplaceStringLimited(CString& s, const CString& find, const CString& replace
     const std::string_view f(find.str());
     const NoCaseFinder finder(text, f);
 
-    // Two passes with nothing kept between them: the first counts the occurrences, since the
-    // length guard and the size of the result need the count; the second copies. Keeping
-    // every position instead costs more than scanning again: an array that grows with the
-    // hits (a megabyte for a 16 MiB note) is written, reallocated and read back.
+    // Two passes: the first counts the occurrences, since the length guard and the size of
+    // the result need the count; the second copies. The first few thousand positions are kept
+    // on the stack, so a text with no more hits than that is scanned once; beyond them the
+    // copy scans again. Keeping every position costs more than scanning again: an array that
+    // grows with the hits (a megabyte for a 16 MiB note) is written, reallocated and read back.
+    constexpr size_t kKept = 4096;
+    std::uint32_t kept[kKept];  // offsets: a text is shorter than 2 GiB
+    size_t nKept = 0;
     const long long oldLength = s.GetLength();
     const long long grow = (long long)replacement.GetLength() - find.GetLength();
     const long long room = maxLength - oldLength - 1;  // bytes the text may still grow by
     const long long fit = room < 0 ? 0 : room / grow;  // occurrences whose growth fits
     long long count = 0;
-    finder.All([&](size_t) { return ++count <= fit; });  // stops at the first that does not fit
+    finder.All(0, [&](size_t at) {
+        if (nKept < kKept) kept[nKept++] = (std::uint32_t)at;
+        return ++count <= fit;  // stops at the first that does not fit
+    });
     if (count == 0) return 0;
     if (count > fit) {
         if (!truncate) return -1;
@@ -149,12 +158,15 @@ int ReplaceStringLimited(CString& s, const CString& find, const CString& replace
     const std::string& r = replacement.str();
     size_t src = 0;
     long long done = 0;
-    finder.All([&](size_t at) {
+    auto replaceAt = [&](size_t at) {
         result.append(text.data() + src, at - src);
         result.append(r);
         src = at + f.size();
         return ++done < count;
-    });
+    };
+    size_t k = 0;
+    while (k < nKept && replaceAt(kept[k])) ++k;
+    if (done < count) finder.All(src, replaceAt);  // the hits past the kept ones
     result.append(text.data() + src, text.size() - src);
     s = CString(std::move(result));
     return (int)count;
