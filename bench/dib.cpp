@@ -38,15 +38,7 @@ void SetBytes(benchmark::State& state) {
     state.SetBytesProcessed((int64_t)state.iterations() * (int64_t)Picture().GetBitsSize());
 }
 
-void BM_Memcpy(benchmark::State& state) {
-    CDIBitmap& b = Picture();
-    std::vector<BYTE> to(b.GetBitsSize());
-    for (auto _ : state) {
-        std::memcpy(to.data(), b.GetBits(), to.size());
-        benchmark::ClobberMemory();
-    }
-    SetBytes(state);
-}
+void BM_Memcpy(benchmark::State& state) { qmbench::CopyBaseline(state, Picture().GetBits(), Picture().GetBitsSize()); }
 BENCHMARK(BM_Memcpy)->Unit(benchmark::kMillisecond);
 
 void BM_AdjustBrightness(benchmark::State& state) {

@@ -1,6 +1,7 @@
 #include "ratio_reporter.h"
 
 #include <cstdio>
+#include <cstring>
 #include <map>
 #include <vector>
 
@@ -37,6 +38,15 @@ public:
 };
 
 }  // namespace
+
+void CopyBaseline(benchmark::State& state, const void* from, std::size_t size) {
+    std::vector<unsigned char> to(size);
+    for (auto _ : state) {
+        std::memcpy(to.data(), from, size);
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed((int64_t)state.iterations() * (int64_t)size);
+}
 
 void AddRatio(const std::string& label, const std::string& numerator, const std::string& denominator,
               const std::string& target) {

@@ -5,6 +5,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cstddef>
 #include <string>
 
 namespace qmbench {
@@ -13,6 +14,10 @@ namespace qmbench {
 // (benchmark names as Google Benchmark prints them, e.g. "BM_DatePlus/1").
 void AddRatio(const std::string& label, const std::string& numerator, const std::string& denominator,
               const std::string& target);
+
+// The usual baseline: a memcpy of `size` bytes from `from` into a block of the benchmark's own,
+// counted as `size` bytes per iteration.
+void CopyBaseline(benchmark::State& state, const void* from, std::size_t size);
 
 // Runs the registered benchmarks and prints the ratios; use as the body of main.
 int RunAndReport(int argc, char** argv);

@@ -71,10 +71,11 @@ protected:
     }
 
     // Runs a program with DISPLAY set; returns its exit code, stdout in *out.
-    int Run(std::vector<std::string> args, std::string* out = nullptr, const std::string& in = "/dev/null") {
+    int Run(std::vector<std::string> args, std::string* out = nullptr, const std::string& in = "/dev/null",
+            const std::string& locale = "C") {
         const stdfs::path o = dir_ / "stdout";
         std::vector<std::string> env = {"DISPLAY=" + display_, "PATH=/usr/bin:/bin", "HOME=" + dir_.string(),
-                                        "LC_ALL=C"};
+                                        "LC_ALL=" + locale};
         std::vector<char*> argv, envp;
         args.insert(args.begin(), {"/usr/bin/timeout", "-s", "KILL", "30"});
         for (auto& s : args) argv.push_back(s.data());
@@ -113,6 +114,21 @@ TEST_F(QmutilDesktopClipboard, CopiedTextOutlivesQmutilAndXclipPastesIt) {
         if (got.empty()) std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
     EXPECT_EQ(got, "from xclip\r\n");
+}
+
+TEST_F(QmutilDesktopClipboard, AUtf8TerminalTypesAndReadsTextAsItsOwnCharacters) {
+    // Under C the argument's bytes are the ANSI code page's (above); under a UTF-8 locale they
+    // are UTF-8 and reach other programs once encoded, not twice.
+    ASSERT_EQ(Run({QM_QMUTIL_PATH, "clip", "copy", "caf\xC3\xA9 \xE2\x82\xAC"}, nullptr, "/dev/null", "C.UTF-8"), 0);
+    std::string pasted;
+    EXPECT_EQ(Run({"xclip", "-selection", "clipboard", "-o"}, &pasted), 0);
+    EXPECT_EQ(pasted, "caf\xC3\xA9 \xE2\x82\xAC");
+    std::string got;
+    for (int i = 0; i < 50 && got.empty(); ++i) Run({QM_QMUTIL_PATH, "clip", "paste"}, &got, "/dev/null", "C.UTF-8");
+    EXPECT_EQ(got, "caf\xC3\xA9 \xE2\x82\xAC");
+    // The same text pasted under C comes out in the ANSI code page.
+    Run({QM_QMUTIL_PATH, "clip", "paste"}, &got);
+    EXPECT_EQ(got, "caf\xE9 \x80");
 }
 
 TEST_F(QmutilDesktopClipboard, CopiedPicturesTravelBothWays) {

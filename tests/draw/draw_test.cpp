@@ -159,23 +159,31 @@ void Pattern(CDIBitmap& bmp, int w, int h, WORD bits, COLORREF key) {
 
 TEST(DrawTransparentBitmap, KeyedPixelsLeaveTheTargetUnchanged) {
     const COLORREF key = RGB(0, 255, 0);
-    for (WORD bits : {4, 8, 24, 32}) {
+    struct Case {
+        WORD bits;
+        int w;
+    } cases[] = {{4, 11}, {8, 11}, {32, 11}, {24, 11},
+                 // Rows long enough for the 4- and 16-pixel steps of the 24-bit kernels, and
+                 // their remainders.
+                 {24, 21}, {24, 22}, {24, 37}, {24, 70}, {24, 200}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.bits << " bits, width " << c.w);
         CDIBitmap bmp;
-        Pattern(bmp, 11, 7, bits, key);
-        Canvas canvas;
+        Pattern(bmp, c.w, 7, c.bits, key);
+        Canvas canvas(c.w + 16, 24);
         CPoint at(5, 9);
-        ASSERT_TRUE(WndUtils::DrawTransparentBitmap(&canvas.dc, at, bmp, key)) << bits;
+        ASSERT_TRUE(WndUtils::DrawTransparentBitmap(&canvas.dc, at, bmp, key));
         int keyed = 0;
         for (int y = 0; y < 7; ++y)
-            for (int x = 0; x < 11; ++x) {
+            for (int x = 0; x < c.w; ++x) {
                 COLORREF src = bmp.GetPixelColor(CPoint(x, 6 - y)) & 0xFFFFFF;
                 COLORREF want = src == key ? kPaper : src;
                 keyed += src == key;
-                ASSERT_EQ(canvas.At(at.x + x, at.y + y), want) << bits << " at " << x << "," << y;
+                ASSERT_EQ(canvas.At(at.x + x, at.y + y), want) << x << "," << y;
             }
         EXPECT_GT(keyed, 0);
         EXPECT_EQ(canvas.At(at.x - 1, at.y), kPaper);
-        EXPECT_EQ(canvas.At(at.x + 11, at.y + 6), kPaper);
+        EXPECT_EQ(canvas.At(at.x + c.w, at.y + 6), kPaper);
     }
 }
 

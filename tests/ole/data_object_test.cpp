@@ -7,11 +7,14 @@
 #include <string>
 #include <vector>
 
+#include "tests/filesystem/fs_fixture.h"
+#include "utils/common/FileSystem.h"
 #include "utils/common/OleUtils.h"
 #include "utils/framework/COleDataObject.h"
 #include "utils/platform/clipboard.h"
 #include "utils/platform/globalmem.h"
 #include "utils/platform/metafile.h"
+#include "utils/platform/storage.h"
 
 namespace {
 
@@ -101,6 +104,42 @@ TEST(DataObject, SourceReadDirectly) {
         ASSERT_EQ(listed.size(), cases.size());
         for (std::size_t i = 0; i < cases.size(); ++i) EXPECT_EQ(listed[i], cases[i].format);
     }
+    source->ExternalRelease();
+}
+
+class DataObjectFile : public qmtest::TempFolderTest {};
+
+// A file handed to a source belongs to it: readers open it by name as often as they like, and
+// it is deleted when the source lets go of it.
+TEST_F(DataObjectFile, ACachedFileIsReadByNameAndDeletedWithTheSource) {
+    Touch("cached.txt", "from a file");
+    const CString path = At("cached.txt");
+    const std::wstring wide(path.GetString(), path.GetString() + path.GetLength());  // an ASCII path
+    STGMEDIUM medium{};
+    medium.tymed = TYMED_FILE;
+    medium.lpszFileName = static_cast<LPOLESTR>(plat::TaskMemAlloc((wide.size() + 1) * sizeof(OLECHAR)));
+    std::memcpy(medium.lpszFileName, wide.c_str(), (wide.size() + 1) * sizeof(OLECHAR));
+    const CLIPFORMAT format = OleRegisterClipboardFormat("Test File Format");
+    FORMATETC fe{format, nullptr, DVASPECT_CONTENT, -1, TYMED_FILE};
+    auto* source = new COleDataSource;
+    source->CacheData(format, &medium, &fe);
+    {
+        COleDataObject data;
+        data.Attach(source->GetDataObject(), FALSE);
+        EXPECT_TRUE(data.IsDataAvailable(format));
+        for (int round = 0; round < 2; ++round) {
+            std::unique_ptr<CFile> file(data.GetFileData(format));
+            ASSERT_NE(file, nullptr);
+            char got[32] = {};
+            UINT n = file->Read(got, sizeof got);
+            EXPECT_EQ(std::string(got, n), "from a file");
+        }
+        HGLOBAL none = data.GetGlobalData(format);  // a file is not a block
+        EXPECT_EQ(none, nullptr);
+    }
+    EXPECT_TRUE(FileSystem::FileExists(path));
+    source->Empty();
+    EXPECT_FALSE(FileSystem::FileExists(path));
     source->ExternalRelease();
 }
 

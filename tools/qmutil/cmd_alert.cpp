@@ -33,7 +33,8 @@ int RunAlert(const Args& a) {
         delay = (UINT)ms;
     }
     if (a[1].empty()) throw qmutil::UsageError("no text to show");
-    BOOL shown = WndUtils::ShowAlert(a[1].c_str(), kind, delay);
+    const std::string text = qm::platform::TerminalTextToAnsi(a[1]);
+    BOOL shown = WndUtils::ShowAlert(text.c_str(), kind, delay);
     // A window lives as long as this program pumps its messages: stay for the delay.
     if (shown) qm::platform::PumpMessagesFor(delay ? delay : kind == WndUtils::ALERT_ERROR ? 10000 : kind == WndUtils::ALERT_WARNING ? 6000 : 4000);
     std::printf("%s\n", shown ? "shown" : "no desktop to show it on: written to standard error");

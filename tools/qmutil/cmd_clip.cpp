@@ -53,7 +53,7 @@ int Copy(const std::vector<std::string>& args) {
     if (args.size() == 2 && args[0] == "--file")
         text = qmutil::ReadInputFile(args[1], qmutil::kMaxTextBytes, true);
     else if (args.size() == 1 && args[0] != "--file")
-        text = args[0];
+        text = plat::TerminalTextToAnsi(args[0]);
     else
         throw UsageError("usage: qmutil clip copy TEXT | --file F");
     return Put(text, [&] { return WndUtils::SetClipboardText(text.c_str()) != FALSE; }, {"clip", "copy", "--file", "-"},
@@ -65,7 +65,8 @@ int Paste(const std::vector<std::string>& args) {
     CString text;
     if (!WndUtils::GetClipboardText(text))
         throw UsageError(std::string("the clipboard holds no text") + (plat::ClipboardIsDesktop() ? "" : kNoDesktop));
-    std::fwrite((LPCTSTR)text, 1, (size_t)text.GetLength(), stdout);
+    const std::string shown = plat::AnsiToTerminalText(std::string((LPCTSTR)text, (size_t)text.GetLength()));
+    std::fwrite(shown.data(), 1, shown.size(), stdout);
     return 0;
 }
 

@@ -26,7 +26,9 @@ public:
     // FORMATETC again replaces the earlier item. lpFormatEtc null: cfFormat, content aspect,
     // lindex -1, TYMED_HGLOBAL (TYMED_MFPICT for CF_METAFILEPICT).
     void CacheGlobalData(CLIPFORMAT cfFormat, HGLOBAL hGlobal, LPFORMATETC lpFormatEtc = nullptr);
-    // Takes ownership of the medium (released by Empty or when replaced).
+    // Takes ownership of the medium (released by Empty or when replaced): a block, a stream or
+    // storage, or a named file (TYMED_FILE), which readers open by name and which is deleted
+    // with the item when the medium came without pUnkForRelease.
     void CacheData(CLIPFORMAT cfFormat, LPSTGMEDIUM lpStgMedium, LPFORMATETC lpFormatEtc = nullptr);
     // Frees every cached item.
     void Empty();

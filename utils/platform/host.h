@@ -183,6 +183,12 @@ MFCQMUTILS_API void SetStandardOutputBinary();
 MFCQMUTILS_API bool IsTerminalStream(int stream);
 // Columns of the terminal on standard error; 80 when unknown.
 MFCQMUTILS_API int TerminalColumns();
+// Text typed on the command line to the library's ANSI code page, and the library's text to
+// what the terminal shows. POSIX converts where the program's character-type locale (after
+// its setlocale) is UTF-8, and passes the bytes through under any other locale; Windows hands
+// programs their arguments in the ANSI code page already and passes them through.
+MFCQMUTILS_API std::string TerminalTextToAnsi(const std::string& typed);
+MFCQMUTILS_API std::string AnsiToTerminalText(const std::string& text);
 
 class MFCQMUTILS_API ConsoleCancelWatch {
 public:

@@ -31,4 +31,27 @@ private:
     ULONG m_refs = 1;
 };
 
+// IStream::CopyTo for any stream: up to `cb` bytes from `from`'s seek position through its
+// Read and `to`'s Write, 64 KiB at a time, both positions moving by what was moved.
+inline HRESULT CopyStreamBytes(IStream* from, IStream* to, ULARGE_INTEGER cb, ULARGE_INTEGER* pcbRead,
+                               ULARGE_INTEGER* pcbWritten) {
+    if (!to) return STG_E_INVALIDPOINTER;
+    BYTE buffer[65536];
+    ULONGLONG read = 0, written = 0;
+    HRESULT hr = S_OK;
+    while (read < cb.QuadPart) {
+        ULONG want = cb.QuadPart - read < sizeof buffer ? (ULONG)(cb.QuadPart - read) : (ULONG)sizeof buffer;
+        ULONG got = 0, put = 0;
+        hr = from->Read(buffer, want, &got);
+        if (FAILED(hr) || got == 0) break;
+        read += got;
+        hr = to->Write(buffer, got, &put);
+        written += put;
+        if (FAILED(hr)) break;
+    }
+    if (pcbRead) pcbRead->QuadPart = read;
+    if (pcbWritten) pcbWritten->QuadPart = written;
+    return FAILED(hr) ? hr : S_OK;
+}
+
 }  // namespace qm::platform::posixcom

@@ -1,14 +1,17 @@
 #include "utils/platform/host.h"
 
 #include <fcntl.h>
+#include <langinfo.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <cstring>
 #include <thread>
 
+#include "utils/platform/codepage.h"
 #include "utils/platform/thread.h"
 #include "utils/platform/window.h"
 
@@ -67,6 +70,21 @@ struct Watch {
 }  // namespace
 
 bool IsTerminalStream(int stream) { return isatty(stream == 1 ? STDOUT_FILENO : STDERR_FILENO) == 1; }
+
+namespace {
+bool TerminalIsUtf8() {
+    const char* set = nl_langinfo(CODESET);
+    return set && (!std::strcmp(set, "UTF-8") || !std::strcmp(set, "utf8"));
+}
+}  // namespace
+
+std::string TerminalTextToAnsi(const std::string& typed) {
+    return TerminalIsUtf8() ? Utf8ToAnsi(typed.data(), typed.size()) : typed;
+}
+
+std::string AnsiToTerminalText(const std::string& text) {
+    return TerminalIsUtf8() ? AnsiToUtf8(text.data(), text.size()) : text;
+}
 
 int TerminalColumns() {
     winsize ws{};

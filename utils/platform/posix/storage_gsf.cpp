@@ -81,10 +81,13 @@ struct Node {
     std::vector<std::unique_ptr<Node>> children;
     int opened = 0;
 
+    // The children are kept in directory order (Insert), so a name is found by halving.
     Node* Find(const std::u16string& n) const {
-        for (auto& c : children)
-            if (CompareNames(c->name, n) == 0) return c.get();
-        return nullptr;
+        auto at = std::lower_bound(children.begin(), children.end(), n,
+                                   [](const std::unique_ptr<Node>& c, const std::u16string& key) {
+                                       return CompareNames(c->name, key) < 0;
+                                   });
+        return at != children.end() && CompareNames((*at)->name, n) == 0 ? at->get() : nullptr;
     }
     Node* Insert(std::unique_ptr<Node> node) {
         auto at = std::lower_bound(children.begin(), children.end(), node,
@@ -338,23 +341,7 @@ public:
         return S_OK;
     }
     HRESULT CopyTo(IStream* to, ULARGE_INTEGER cb, ULARGE_INTEGER* pcbRead, ULARGE_INTEGER* pcbWritten) override {
-        if (!to) return STG_E_INVALIDPOINTER;
-        BYTE buffer[65536];
-        ULONGLONG read = 0, written = 0;
-        HRESULT hr = S_OK;
-        while (read < cb.QuadPart) {
-            ULONG want = (ULONG)std::min<ULONGLONG>(sizeof buffer, cb.QuadPart - read);
-            ULONG got = 0, put = 0;
-            hr = Read(buffer, want, &got);
-            if (FAILED(hr) || got == 0) break;
-            read += got;
-            hr = to->Write(buffer, got, &put);
-            written += put;
-            if (FAILED(hr)) break;
-        }
-        if (pcbRead) pcbRead->QuadPart = read;
-        if (pcbWritten) pcbWritten->QuadPart = written;
-        return FAILED(hr) ? hr : S_OK;
+        return posixcom::CopyStreamBytes(this, to, cb, pcbRead, pcbWritten);
     }
     HRESULT Commit(DWORD) override { return S_OK; }
     HRESULT Revert() override { return S_OK; }
@@ -370,7 +357,16 @@ public:
         if (!(flag & STATFLAG_NONAME)) st->pwcsName = TaskName(m_node->name);
         return S_OK;
     }
-    HRESULT Clone(IStream**) override { return E_NOTIMPL; }
+    // Another stream object on the same bytes, with its own seek pointer starting where this
+    // one stands.
+    HRESULT Clone(IStream** out) override {
+        if (!out) return STG_E_INVALIDPOINTER;
+        std::lock_guard<std::recursive_mutex> g(m_doc->lock);
+        auto* copy = new StreamObject(m_doc, m_node, m_mode);
+        copy->m_pos = m_pos;
+        *out = copy;
+        return S_OK;
+    }
 
 private:
     std::shared_ptr<Document> m_doc;
@@ -390,11 +386,7 @@ public:
         ULONG n = 0;
         for (; n < celt && m_at < m_items.size(); ++n, ++m_at) {
             out[n] = m_items[m_at];
-            const OLECHAR* name = m_items[m_at].pwcsName;
-            std::size_t len = 0;
-            while (name && name[len]) ++len;
-            out[n].pwcsName = (LPOLESTR)TaskMemAlloc((len + 1) * sizeof(OLECHAR));
-            if (out[n].pwcsName && name) std::memcpy(out[n].pwcsName, name, (len + 1) * sizeof(OLECHAR));
+            out[n].pwcsName = CopyName(m_items[m_at].pwcsName);
         }
         if (fetched) *fetched = n;
         return n == celt ? S_OK : S_FALSE;
@@ -408,9 +400,28 @@ public:
         m_at = 0;
         return S_OK;
     }
-    HRESULT Clone(IEnumSTATSTG**) override { return E_NOTIMPL; }
+    // The same list (names copied) at the same place.
+    HRESULT Clone(IEnumSTATSTG** out) override {
+        if (!out) return STG_E_INVALIDPOINTER;
+        std::vector<STATSTG> items = m_items;
+        for (STATSTG& s : items) s.pwcsName = CopyName(s.pwcsName);
+        auto* copy = new ElementEnum(std::move(items));
+        copy->m_at = m_at;
+        *out = copy;
+        return S_OK;
+    }
 
 private:
+    // A task-memory copy of a name (the caller frees it), or null.
+    static LPOLESTR CopyName(const OLECHAR* name) {
+        if (!name) return nullptr;
+        std::size_t len = 0;
+        while (name[len]) ++len;
+        auto* copy = (LPOLESTR)TaskMemAlloc((len + 1) * sizeof(OLECHAR));
+        if (copy) std::memcpy(copy, name, (len + 1) * sizeof(OLECHAR));
+        return copy;
+    }
+
     std::vector<STATSTG> m_items;
     std::size_t m_at = 0;
 };

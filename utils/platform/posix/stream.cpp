@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <vector>
 
@@ -15,8 +16,10 @@ namespace {
 
 class MemoryStream final : public posixcom::Object<MemoryStream, IStream> {
 public:
-    explicit MemoryStream(bool readOnly) : m_readOnly(readOnly) {}
-    std::vector<BYTE> m_data;
+    explicit MemoryStream(bool readOnly, std::shared_ptr<std::vector<BYTE>> bytes = std::make_shared<std::vector<BYTE>>())
+        : m_bytes(std::move(bytes)), m_data(*m_bytes), m_readOnly(readOnly) {}
+    std::shared_ptr<std::vector<BYTE>> m_bytes;  // shared with the stream's clones
+    std::vector<BYTE>& m_data;
 
     HRESULT Read(void* pv, ULONG cb, ULONG* pcbRead) override {
         if (!pv && cb) return STG_E_INVALIDPOINTER;
@@ -62,7 +65,9 @@ public:
         }
         return S_OK;
     }
-    HRESULT CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*) override { return E_NOTIMPL; }
+    HRESULT CopyTo(IStream* to, ULARGE_INTEGER cb, ULARGE_INTEGER* pcbRead, ULARGE_INTEGER* pcbWritten) override {
+        return posixcom::CopyStreamBytes(this, to, cb, pcbRead, pcbWritten);
+    }
     HRESULT Commit(DWORD) override { return S_OK; }
     HRESULT Revert() override { return S_OK; }
     HRESULT LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return E_NOTIMPL; }
@@ -74,7 +79,15 @@ public:
         st->cbSize.QuadPart = m_data.size();
         return S_OK;
     }
-    HRESULT Clone(IStream**) override { return E_NOTIMPL; }
+    // Another stream on the same bytes, with its own position starting at this one's.
+    HRESULT Clone(IStream** out) override {
+        if (!out) return STG_E_INVALIDPOINTER;
+        auto* copy = new (std::nothrow) MemoryStream(m_readOnly, m_bytes);
+        if (!copy) return E_OUTOFMEMORY;
+        copy->m_pos = m_pos;
+        *out = copy;
+        return S_OK;
+    }
     size_t m_pos = 0;
     bool m_readOnly;
 };

@@ -65,6 +65,10 @@ bool IsTerminalStream(int stream) {
     return true;
 }
 
+std::string TerminalTextToAnsi(const std::string& typed) { return typed; }
+
+std::string AnsiToTerminalText(const std::string& text) { return text; }
+
 int TerminalColumns() {
     CONSOLE_SCREEN_BUFFER_INFO info{};
     if (GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &info))
