@@ -7,13 +7,8 @@
 
 #include <gio/gio.h>
 #include <gtest/gtest.h>
-#include <fcntl.h>
-#include <signal.h>
-#include <spawn.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
@@ -21,15 +16,14 @@
 #include <thread>
 #include <vector>
 
-extern char** environ;
+#include "tests/support/child_process.h"
 
 namespace {
 
-struct Notification {
-    std::string app, title, body;
-    int urgency = -1;
-    int timeout = -2;
-};
+using qmtest::Spawn;
+using qmtest::Stop;
+
+struct Notification { std::string app, title, body; int urgency = -1; int timeout = -2; };
 
 // Restores an environment variable at the end of a test.
 class EnvGuard {
@@ -51,48 +45,17 @@ private:
     bool m_had = false;
 };
 
-// Starts a program with its output to stdoutFd (or nowhere) and its errors nowhere: the bus
-// and the mock chat about every call.
-pid_t Spawn(const std::vector<std::string>& args, int stdoutFd = -1) {
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    if (stdoutFd >= 0)
-        posix_spawn_file_actions_adddup2(&actions, stdoutFd, 1);
-    else
-        posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-    std::vector<char*> argv;
-    for (const auto& a : args) argv.push_back(const_cast<char*>(a.c_str()));
-    argv.push_back(nullptr);
-    pid_t pid = -1;
-    if (posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ) != 0) pid = -1;
-    posix_spawn_file_actions_destroy(&actions);
-    return pid;
-}
-
-void Stop(pid_t& pid) {
-    if (pid > 0) {
-        kill(pid, SIGTERM);
-        waitpid(pid, nullptr, 0);
-    }
-    pid = -1;
-}
-
 // A session bus of the test's own, optionally with the mock notification service on it.
 class AlertBus : public ::testing::Test {
 protected:
     void StartBus() {
         int fds[2];
         ASSERT_EQ(pipe(fds), 0);
-        m_bus = Spawn({"/usr/bin/dbus-daemon", "--session", "--nofork", "--print-address=1",
-                       "--address=unix:tmpdir=/tmp"},
-                      fds[1]);
+        m_bus = Spawn({"/usr/bin/dbus-daemon", "--session", "--nofork", "--print-address=1", "--address=unix:tmpdir=/tmp"},
+                      "/dev/null", "", {}, fds[1]);
         close(fds[1]);
         ASSERT_GT(m_bus, 0);
-        std::string address;
-        char c;
-        while (read(fds[0], &c, 1) == 1 && c != '\n') address.push_back(c);
-        close(fds[0]);
+        std::string address = qmtest::FirstLine(fds[0]);
         ASSERT_FALSE(address.empty());
         setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
         GError* error = nullptr;
@@ -134,41 +97,24 @@ protected:
             "org.freedesktop.DBus.Mock", "GetMethodCalls", g_variant_new("(s)", "Notify"), G_VARIANT_TYPE("(a(tav))"),
             G_DBUS_CALL_FLAGS_NONE, 2000, nullptr, nullptr);
         if (!reply) return out;
-        GVariant* calls = g_variant_get_child_value(reply, 0);
-        for (gsize i = 0; i < g_variant_n_children(calls); ++i) {
-            GVariant* call = g_variant_get_child_value(calls, i);
-            GVariant* args = g_variant_get_child_value(call, 1);
-            auto arg = [&](gsize n) {
-                GVariant* boxed = g_variant_get_child_value(args, n);
-                GVariant* v = g_variant_get_variant(boxed);
-                g_variant_unref(boxed);
-                return v;
-            };
-            auto text = [&](gsize n) {
-                GVariant* v = arg(n);
-                std::string s = g_variant_get_string(v, nullptr);
-                g_variant_unref(v);
-                return s;
-            };
+        GVariantIter* calls = nullptr;
+        GVariantIter* args = nullptr;
+        guint64 when = 0;
+        g_variant_get(reply, "(a(tav))", &calls);
+        while (g_variant_iter_loop(calls, "(tav)", &when, &args)) {
+            std::vector<GVariant*> arg;  // Notify's eight arguments, each in its variant
+            for (GVariant* v; g_variant_iter_next(args, "v", &v);) arg.push_back(v);
             Notification n;
-            n.app = text(0);
-            n.title = text(3);
-            n.body = text(4);
-            GVariant* hints = arg(6);
-            GVariant* urgency = g_variant_lookup_value(hints, "urgency", G_VARIANT_TYPE_BYTE);
-            if (urgency) {
-                n.urgency = g_variant_get_byte(urgency);
-                g_variant_unref(urgency);
-            }
-            g_variant_unref(hints);
-            GVariant* timeout = arg(7);
-            n.timeout = g_variant_get_int32(timeout);
-            g_variant_unref(timeout);
+            n.app = g_variant_get_string(arg.at(0), nullptr);
+            n.title = g_variant_get_string(arg.at(3), nullptr);
+            n.body = g_variant_get_string(arg.at(4), nullptr);
+            guchar urgency = 0;
+            if (g_variant_lookup(arg.at(6), "urgency", "y", &urgency)) n.urgency = urgency;
+            n.timeout = g_variant_get_int32(arg.at(7));
+            for (GVariant* v : arg) g_variant_unref(v);
             out.push_back(n);
-            g_variant_unref(args);
-            g_variant_unref(call);
         }
-        g_variant_unref(calls);
+        g_variant_iter_free(calls);
         g_variant_unref(reply);
         return out;
     }
@@ -188,12 +134,7 @@ protected:
 TEST_F(AlertBus, EachKindReachesTheNotificationService) {
     StartBus();
     StartMock();
-    struct Case {
-        WndUtils::AlertKind kind;
-        UINT delay;
-        const char* title;
-        int urgency, timeout;
-    } cases[] = {
+    struct Case { WndUtils::AlertKind kind; UINT delay; const char* title; int urgency, timeout; } cases[] = {
         {WndUtils::ALERT_ERROR, 0, "Error", 2, 10000},
         {WndUtils::ALERT_WARNING, 0, "Warning", 1, 6000},
         {WndUtils::ALERT_MESSAGE, 0, "Message", 1, 4000},

@@ -23,10 +23,9 @@ struct Op {
 
 std::vector<Op> Ops() {
     std::vector<Op> ops;
-    for (int b : {-255, -60, -7, 7, 9, 255, 300}) {
+    for (int b : {-255, -60, -7, 7, 9, 255, 300})
         ops.push_back({"brightness", [b](CDIBitmap& m) { m.AdjustBrightness(b); },
                        [b](int c, int, int top) { return Clamp(c + (top == 31 ? b / 8 : b), top); }});
-    }
     for (int k : {-100, -37, 50, 100}) {
         ops.push_back({"contrast", [k](CDIBitmap& m) { m.AdjustContrast(k); }, [k](int c, int, int top) {
                            return Clamp(c + (long long)(c - (top + 1) / 2) * k / 100, top);
@@ -60,9 +59,7 @@ TEST(DibColor, EveryChannelValueFollowsItsFormula) {
                 ASSERT_EQ((int)(v >> 16 & 255), op.expect(i, 0, 255)) << op.name << " " << bpp;
                 ASSERT_EQ((int)(v >> 8 & 255), op.expect(255 - i, 1, 255)) << op.name;
                 ASSERT_EQ((int)(v & 255), op.expect(i, 2, 255)) << op.name;
-                if (bpp == 32) {
-                    ASSERT_EQ(v >> 24, 0x7Fu);
-                }
+                if (bpp == 32) { ASSERT_EQ(v >> 24, 0x7Fu); }
             }
         }
         // 16 bits: fields red i, green 31 - i, blue i; bit 15 kept.

@@ -125,9 +125,7 @@ TEST(DibGeometry, EveryOperationMatchesThePictureModel) {
             bool fits = w + e[2] + e[3] >= 1 && h + e[0] + e[1] >= 1;
             ASSERT_EQ(canvas.CanvasSize(e[0], e[1], e[2], e[3], RGB(9, 8, 7)), fits ? 1 : 0);
             ASSERT_EQ(canvas.GetBitCount(), fits ? 24 : bpp);
-            if (fits) {
-                ASSERT_TRUE(ModelOf(canvas) == Canvas(pic, e[0], e[1], e[2], e[3], RGB(9, 8, 7)));
-            }
+            if (fits) { ASSERT_TRUE(ModelOf(canvas) == Canvas(pic, e[0], e[1], e[2], e[3], RGB(9, 8, 7))); }
 
             CDIBitmap bordered;
             bordered.CopyFrom(b);

@@ -58,9 +58,7 @@ TEST(BuildNumber, LabelsByStyleMatchTheModels) {
         ASSERT_EQ(BuildRomanNumber(p, v), inRange ? 1 : 0);
         ASSERT_EQ(std::string(buf), inRange ? Roman(v, false) : "");
         ASSERT_EQ(p, buf + std::strlen(buf));
-        if (!inRange) {
-            ASSERT_EQ(buf[1], 'y') << v;
-        }
+        if (!inRange) { ASSERT_EQ(buf[1], 'y') << v; }
     }
     EXPECT_TRUE(sink.Reports().empty()) << "numbers out of a style's range are not style errors";
 }

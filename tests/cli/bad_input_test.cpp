@@ -4,11 +4,8 @@
 // file, a bad one is refused so, naming the file. POSIX only (devices, FIFOs). The children run
 // in a scratch folder with their own HOME, XDG folders, temporary folder and registry.
 #if !defined(_WIN32)
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <spawn.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -19,17 +16,16 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/child_process.h"
+
 namespace {
 
 namespace stdfs = std::filesystem;
 using Args = std::vector<std::string>;
 
 stdfs::path g_root;
+using qmtest::Slurp;
 
-std::string Slurp(const stdfs::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 std::string In(const char* name) { return (g_root / "in" / name).string(); }
 
@@ -64,25 +60,13 @@ Outcome RunQmutil(const Args& args, const stdfs::path& cwd = g_root / "work") {
                 "ASAN_OPTIONS=exitcode=86", "UBSAN_OPTIONS=halt_on_error=1:exitcode=87", "LSAN_OPTIONS=exitcode=88"};
     Args argv = {"/usr/bin/timeout", "-s", "KILL", "30", QM_QMUTIL_PATH};
     argv.insert(argv.end(), args.begin(), args.end());
-    std::vector<char*> cargv, cenv;
-    for (auto& a : argv) cargv.push_back(a.data());
-    for (auto& e : env) cenv.push_back(e.data());
-    cargv.push_back(nullptr);
-    cenv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     const stdfs::path previous = stdfs::current_path();
     stdfs::current_path(cwd);
-    pid_t pid = -1;
+    const pid_t pid = qmtest::Spawn(argv, "/dev/null", out.string(), env, -1, err.string());
+    stdfs::current_path(previous);
     Outcome o;
     int status = 0;
-    if (posix_spawn(&pid, cargv[0], &actions, nullptr, cargv.data(), cenv.data()) == 0 && waitpid(pid, &status, 0) == pid)
-        o.code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    stdfs::current_path(previous);
-    posix_spawn_file_actions_destroy(&actions);
+    if (pid > 0 && waitpid(pid, &status, 0) == pid) o.code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     o.err = Slurp(err);
     o.outSize = stdfs::file_size(out);
     return o;
@@ -100,9 +84,7 @@ void ExpectWellBehaved(const Outcome& o, const std::string& line) {
     EXPECT_LE(o.outSize, 4u << 20) << line;
     EXPECT_EQ(o.err.find("Sanitizer"), std::string::npos) << line << "\n" << o.err;
     EXPECT_EQ(o.err.find("runtime error"), std::string::npos) << line << "\n" << o.err;
-    if (o.code == 2) {
-        EXPECT_EQ(std::count(o.err.begin(), o.err.end(), '\n'), 1) << line << "\n" << o.err;
-    }
+    if (o.code == 2) { EXPECT_EQ(std::count(o.err.begin(), o.err.end(), '\n'), 1) << line << "\n" << o.err; }
 }
 
 class QmutilBadInput : public testing::Test {

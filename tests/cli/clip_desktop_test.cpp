@@ -2,33 +2,22 @@
 // qmutil serves it) and is pasted by xclip; what xclip copies is pasted by qmutil. Runs its own
 // X server; POSIX only, skipped without Xvfb or xclip.
 #if !defined(_WIN32)
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
 
-extern char** environ;
+#include "tests/support/child_process.h"
 
 namespace {
 
 namespace stdfs = std::filesystem;
-
-std::string Slurp(const stdfs::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
+using qmtest::Slurp;
 
 class QmutilDesktopClipboard : public testing::Test {
 protected:
@@ -37,35 +26,11 @@ protected:
             GTEST_SKIP() << "Xvfb or xclip missing";
         dir_ = stdfs::temp_directory_path() / ("qmclip-" + std::to_string(getpid()));
         stdfs::create_directories(dir_);
-        int fds[2];
-        ASSERT_EQ(pipe(fds), 0);
-        posix_spawn_file_actions_t a;
-        posix_spawn_file_actions_init(&a);
-        posix_spawn_file_actions_addopen(&a, 1, "/dev/null", O_WRONLY, 0);
-        posix_spawn_file_actions_addopen(&a, 2, "/dev/null", O_WRONLY, 0);
-        posix_spawn_file_actions_addclose(&a, fds[0]);
-        std::string fd = std::to_string(fds[1]);
-        std::vector<std::string> args = {"Xvfb", "-displayfd", fd, "-nolisten", "tcp", "-screen", "0", "64x64x24"};
-        std::vector<char*> argv;
-        for (auto& s : args) argv.push_back(s.data());
-        argv.push_back(nullptr);
-        ASSERT_EQ(posix_spawnp(&server_, "Xvfb", &a, nullptr, argv.data(), environ), 0);
-        posix_spawn_file_actions_destroy(&a);
-        close(fds[1]);
-        std::string number;
-        pollfd p{fds[0], POLLIN, 0};
-        char c;
-        while (poll(&p, 1, 10000) > 0 && read(fds[0], &c, 1) == 1 && c != '\n') number += c;
-        close(fds[0]);
-        ASSERT_FALSE(number.empty());
-        display_ = ":" + number;
+        ASSERT_FALSE(server_.display.empty());
     }
     void TearDown() override {
         // Background servers and xclip end when the server goes.
-        if (server_ > 0) {
-            kill(server_, SIGTERM);
-            waitpid(server_, nullptr, 0);
-        }
+        qmtest::Stop(server_.pid);
         std::error_code ec;
         stdfs::remove_all(dir_, ec);
     }
@@ -74,30 +39,18 @@ protected:
     int Run(std::vector<std::string> args, std::string* out = nullptr, const std::string& in = "/dev/null",
             const std::string& locale = "C") {
         const stdfs::path o = dir_ / "stdout";
-        std::vector<std::string> env = {"DISPLAY=" + display_, "PATH=/usr/bin:/bin", "HOME=" + dir_.string(),
-                                        "LC_ALL=" + locale};
-        std::vector<char*> argv, envp;
         args.insert(args.begin(), {"/usr/bin/timeout", "-s", "KILL", "30"});
-        for (auto& s : args) argv.push_back(s.data());
-        argv.push_back(nullptr);
-        for (auto& s : env) envp.push_back(s.data());
-        envp.push_back(nullptr);
-        posix_spawn_file_actions_t a;
-        posix_spawn_file_actions_init(&a);
-        posix_spawn_file_actions_addopen(&a, 0, in.c_str(), O_RDONLY, 0);
-        posix_spawn_file_actions_addopen(&a, 1, o.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        posix_spawn_file_actions_addopen(&a, 2, "/dev/null", O_WRONLY, 0);
-        pid_t pid = -1;
+        pid_t pid = qmtest::Spawn(
+            args, in, o.string(),
+            {"DISPLAY=" + server_.display, "PATH=/usr/bin:/bin", "HOME=" + dir_.string(), "LC_ALL=" + locale});
         int status = -1;
-        if (posix_spawn(&pid, argv[0], &a, nullptr, argv.data(), envp.data()) == 0) waitpid(pid, &status, 0);
-        posix_spawn_file_actions_destroy(&a);
+        if (pid > 0) waitpid(pid, &status, 0);
         if (out) *out = Slurp(o);
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
+    qmtest::XServer server_;
     stdfs::path dir_;
-    std::string display_;
-    pid_t server_ = -1;
 };
 
 TEST_F(QmutilDesktopClipboard, CopiedTextOutlivesQmutilAndXclipPastesIt) {

@@ -75,16 +75,9 @@ std::string Utf16(const std::u16string& s) {
 }
 
 TEST(ClipboardText, LoneLineFeedsBecomeCrLfOnTheWayIn) {
-    struct Case {
-        const char* in;
-        std::string block;
-    } cases[] = {
-        {"one", Lit("one\0")},
-        {"a\nb", Lit("a\r\nb\0")},
-        {"a\r\nb\n", Lit("a\r\nb\r\n\0")},
-        {"\n\n", Lit("\r\n\r\n\0")},
-        {"cr\ronly", Lit("cr\ronly\0")},
-        {"\xE9t\xE9", Lit("\xE9t\xE9\0")},
+    struct Case { const char* in; std::string block; } cases[] = {
+        {"one", Lit("one\0")}, {"a\nb", Lit("a\r\nb\0")}, {"a\r\nb\n", Lit("a\r\nb\r\n\0")},
+        {"\n\n", Lit("\r\n\r\n\0")}, {"cr\ronly", Lit("cr\ronly\0")}, {"\xE9t\xE9", Lit("\xE9t\xE9\0")},
     };
     for (const Case& c : cases) {
         ASSERT_TRUE(WndUtils::SetClipboardText(c.in)) << c.in;
@@ -95,7 +88,7 @@ TEST(ClipboardText, LoneLineFeedsBecomeCrLfOnTheWayIn) {
     }
 }
 
-TEST(ClipboardText, EmptyTextLeavesNoTextFormat) {
+TEST(ClipboardText, EmptyTextLeavesNoTextFormatAndNullTextIsReported) {
     ASSERT_TRUE(WndUtils::SetClipboardText("something"));
     ASSERT_TRUE(WndUtils::SetClipboardText(""));
     EXPECT_FALSE(Available(CF_TEXT));
@@ -103,19 +96,18 @@ TEST(ClipboardText, EmptyTextLeavesNoTextFormat) {
     CString back = "stale";
     EXPECT_FALSE(WndUtils::GetClipboardText(back));
     EXPECT_EQ(back, "");
-}
-
-TEST(ClipboardText, NullTextIsReported) {
     qmtest::RecordingAssertSink sink;
     EXPECT_FALSE(WndUtils::SetClipboardText(nullptr));
     EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"lpszText"});
 }
 
-TEST(ClipboardText, ReadingStopsAtTheFirstNul) {
+TEST(ClipboardText, ReadingStopsAtTheFirstNulAndNonTextFormatsAreNotSynthesised) {
     ASSERT_TRUE(Put(CF_TEXT, Lit("ab\0cd\0")));
     CString back;
     EXPECT_TRUE(WndUtils::GetClipboardText(back));
     EXPECT_EQ(back, "ab");
+    EXPECT_FALSE(Available(CF_DIB));
+    EXPECT_EQ(Bytes(CF_DIB), "<none>");
 }
 
 TEST(ClipboardText, UnicodeTextIsReadAsAnsiAndOem) {
@@ -137,12 +129,6 @@ TEST(ClipboardText, AnsiAndOemTextAreReadAsEachOther) {
     ASSERT_TRUE(Put(CF_OEMTEXT, Lit("\x9B\x82\0")));
     EXPECT_EQ(Terminated(Bytes(CF_TEXT)), Lit("\xA2\xE9\0"));
     EXPECT_EQ(Terminated(Bytes(CF_UNICODETEXT), 2), Utf16(u"\u00a2\u00e9"));
-}
-
-TEST(ClipboardText, NonTextFormatsAreNotSynthesised) {
-    ASSERT_TRUE(WndUtils::SetClipboardText("x"));
-    EXPECT_FALSE(Available(CF_DIB));
-    EXPECT_EQ(Bytes(CF_DIB), "<none>");
 }
 
 // Windows deletes the metafile of a metafile picture when the clipboard lets it go; the

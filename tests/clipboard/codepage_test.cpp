@@ -24,11 +24,7 @@ TEST(CodePage, EveryByteOfEachCodePageRoundTrips) {
 }
 
 TEST(CodePage, KnownCharacters) {
-    struct Case {
-        UINT cp;
-        unsigned char byte;
-        char16_t unit;
-    } cases[] = {
+    struct Case { UINT cp; unsigned char byte; char16_t unit; } cases[] = {
         {1252, 0x80, 0x20AC}, {1252, 0x9F, 0x0178}, {1252, 0x81, 0x0081}, {1252, 0xE9, 0x00E9},
         {437, 0x82, 0x00E9},  {437, 0x9B, 0x00A2},  {437, 0xB0, 0x2591},  {437, 0xFF, 0x00A0},
         {437, 0x01, 0x0001},  {28591, 0x80, 0x0080},
@@ -55,10 +51,7 @@ TEST(CodePage, Utf8BothWays) {
 }
 
 TEST(CodePage, InvalidUtf8AndLoneSurrogatesBecomeReplacementCharacters) {
-    struct Case {
-        std::string utf8;
-        std::u16string wide;
-    } cases[] = {
+    struct Case { std::string utf8; std::u16string wide; } cases[] = {
         {"\xC3", u"\uFFFD"},                       // truncated at the end
         {"\xC3z", u"\uFFFDz"},                     // continuation missing
         {"\xC0\xAF", u"\uFFFD\uFFFD"},             // overlong

@@ -4,20 +4,12 @@
 #if !defined(_WIN32)
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <poll.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <chrono>
-#include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <string>
-#include <thread>
 #include <vector>
 
+#include "tests/support/child_process.h"
 #include "utils/common/DIB.h"
 #include "utils/common/WndUtils.h"
 #include "utils/framework/CFile.h"
@@ -25,100 +17,24 @@
 #include "utils/platform/globalmem.h"
 #include "utils/platform/host.h"
 
-extern char** environ;
-
 namespace {
 
 namespace plat = qm::platform;
+using qmtest::Finish;
+using qmtest::Slurp;
 
-bool OnPath(const char* tool) {
-    std::string cmd = std::string("command -v ") + tool + " >/dev/null 2>&1";
-    return std::system(cmd.c_str()) == 0;
-}
-
-// Starts a program with stdin from `in` (a file path or /dev/null) and stdout to `out`.
-pid_t Spawn(const std::vector<std::string>& args, const std::string& display, const std::string& in,
-            const std::string& out) {
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 0, in.c_str(), O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-    std::vector<std::string> env = {"DISPLAY=" + display, "PATH=/usr/bin:/bin"};
-    std::vector<char*> argv, envp;
-    for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
-    argv.push_back(nullptr);
-    for (const std::string& e : env) envp.push_back(const_cast<char*>(e.c_str()));
-    envp.push_back(nullptr);
-    pid_t pid = -1;
-    if (posix_spawnp(&pid, args[0].c_str(), &actions, nullptr, argv.data(), envp.data()) != 0) pid = -1;
-    posix_spawn_file_actions_destroy(&actions);
-    return pid;
-}
-
-// Waits for a child, killing it after timeoutMs; its exit status, or -1.
-int Finish(pid_t pid, int timeoutMs) {
-    for (int waited = 0; waited < timeoutMs; waited += 10) {
-        int status = 0;
-        if (waitpid(pid, &status, WNOHANG) == pid) return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    kill(pid, SIGKILL);
-    waitpid(pid, nullptr, 0);
-    return -1;
-}
-
-std::string ReadFile(const std::string& path) {
-    std::string bytes;
-    if (FILE* f = std::fopen(path.c_str(), "rb")) {
-        char buf[65536];
-        size_t n;
-        while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) bytes.append(buf, n);
-        std::fclose(f);
-    }
-    return bytes;
-}
-
-void WriteFile(const std::string& path, const std::string& bytes) {
-    FILE* f = std::fopen(path.c_str(), "wb");
-    ASSERT_NE(f, nullptr);
-    std::fwrite(bytes.data(), 1, bytes.size(), f);
-    std::fclose(f);
-}
+std::string BitsOf(const CDIBitmap& b) { return std::string((const char*)b.GetBits(), b.GetBitsSize()); }
 
 class DesktopClipboard : public ::testing::Test {
 protected:
     void SetUp() override {
-        if (!OnPath("Xvfb") || !OnPath("xclip")) GTEST_SKIP() << "Xvfb or xclip missing";
+        if (std::system("command -v Xvfb >/dev/null 2>&1 && command -v xclip >/dev/null 2>&1") != 0)
+            GTEST_SKIP() << "Xvfb or xclip missing";
         char tmpl[] = "/tmp/qm-xclip-XXXXXX";
         ASSERT_NE(mkdtemp(tmpl), nullptr);
         folder_ = tmpl;
-        int fds[2];
-        ASSERT_EQ(pipe(fds), 0);
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-        posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-        posix_spawn_file_actions_addclose(&actions, fds[0]);
-        std::string fd = std::to_string(fds[1]);
-        std::vector<std::string> args = {"Xvfb", "-displayfd", fd, "-nolisten", "tcp", "-screen", "0", "64x64x24"};
-        std::vector<char*> argv;
-        for (auto& a : args) argv.push_back(a.data());
-        argv.push_back(nullptr);
-        ASSERT_EQ(posix_spawnp(&server_, "Xvfb", &actions, nullptr, argv.data(), environ), 0);
-        posix_spawn_file_actions_destroy(&actions);
-        close(fds[1]);
-        std::string number;
-        pollfd p{fds[0], POLLIN, 0};
-        while (poll(&p, 1, 10000) > 0) {
-            char c;
-            if (read(fds[0], &c, 1) != 1 || c == '\n') break;
-            number += c;
-        }
-        close(fds[0]);
-        ASSERT_FALSE(number.empty()) << "Xvfb did not start";
-        display_ = ":" + number;
-        plat::ClipboardUseDisplay(display_.c_str());
+        ASSERT_FALSE(server_.display.empty()) << "Xvfb did not start";
+        plat::ClipboardUseDisplay(server_.display.c_str());
         ASSERT_TRUE(plat::ClipboardIsDesktop());
     }
 
@@ -126,16 +42,13 @@ protected:
         plat::ClipboardUseDisplay(nullptr);
         for (pid_t pid : owners_) {
             kill(pid, SIGCONT);
-            kill(pid, SIGTERM);
-            waitpid(pid, nullptr, 0);
+            qmtest::Stop(pid);
         }
-        if (server_ > 0) {
-            kill(server_, SIGTERM);
-            waitpid(server_, nullptr, 0);
-        }
-        if (!folder_.empty()) {
-            EXPECT_EQ(std::system(("rm -rf '" + folder_ + "'").c_str()), 0);
-        }
+        if (!folder_.empty()) { EXPECT_EQ(std::system(("rm -rf '" + folder_ + "'").c_str()), 0); }
+    }
+
+    pid_t Spawn(const std::vector<std::string>& args, const std::string& in, const std::string& out) {
+        return qmtest::Spawn(args, in, out, {"DISPLAY=" + server_.display, "PATH=/usr/bin:/bin"});
     }
 
     // xclip -o of a target; the output bytes (exit status checked).
@@ -143,35 +56,35 @@ protected:
         std::vector<std::string> args = {"xclip", "-selection", "clipboard", "-o"};
         if (target) args.insert(args.end(), {"-t", target});
         std::string out = folder_ + "/out";
-        pid_t pid = Spawn(args, display_, "/dev/null", out);
+        pid_t pid = Spawn(args, "/dev/null", out);
         EXPECT_GT(pid, 0);
         EXPECT_EQ(Finish(pid, 20000), 0) << (target ? target : "text");
-        return ReadFile(out);
+        return Slurp(out);
     }
 
     // xclip -i of the bytes under a target; it keeps serving (in the foreground) until it
     // loses the selection or the test ends. Returns once xclip owns the selection.
     pid_t Copy(const std::string& bytes, const char* target = nullptr) {
         std::string in = folder_ + "/in";
-        WriteFile(in, bytes);
+        std::ofstream(in, std::ios::binary) << bytes;
         std::vector<std::string> args = {"xclip", "-quiet", "-selection", "clipboard", "-i"};
         if (target) args.insert(args.end(), {"-t", target});
-        pid_t pid = Spawn(args, display_, in, "/dev/null");
+        pid_t pid = Spawn(args, in, "/dev/null");
         EXPECT_GT(pid, 0);
         owners_.push_back(pid);
         // Owned once the TARGETS answer lists the target.
         std::string want = target ? target : "UTF8_STRING";
         for (int i = 0; i < 200; ++i) {
             std::string out = folder_ + "/targets";
-            pid_t q = Spawn({"xclip", "-selection", "clipboard", "-o", "-t", "TARGETS"}, display_, "/dev/null", out);
-            if (Finish(q, 5000) == 0 && ReadFile(out).find(want) != std::string::npos) break;
+            pid_t q = Spawn({"xclip", "-selection", "clipboard", "-o", "-t", "TARGETS"}, "/dev/null", out);
+            if (Finish(q, 5000) == 0 && Slurp(out).find(want) != std::string::npos) break;
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
         }
         return pid;
     }
 
-    std::string folder_, display_;
-    pid_t server_ = -1;
+    qmtest::XServer server_;
+    std::string folder_;
     std::vector<pid_t> owners_;
 };
 
@@ -210,9 +123,7 @@ TEST_F(DesktopClipboard, PicturesTravelAsBmpFilesBothWays) {
     CDIBitmap loaded;
     ASSERT_TRUE(loaded.Load(pasted, true));
     EXPECT_EQ(loaded.GetWidth(), 13);
-    ASSERT_EQ(loaded.GetBitsSize(), bmp.GetBitsSize());
-    EXPECT_EQ(std::string((const char*)loaded.GetBits(), loaded.GetBitsSize()),
-              std::string((const char*)bmp.GetBits(), bmp.GetBitsSize()));
+    EXPECT_EQ(BitsOf(loaded), BitsOf(bmp));
 
     CDIBitmap other;
     ASSERT_TRUE(other.Create(7, 9, 8));
@@ -228,9 +139,7 @@ TEST_F(DesktopClipboard, PicturesTravelAsBmpFilesBothWays) {
     ASSERT_TRUE(back.GetFromClipboard(nullptr));
     EXPECT_EQ(back.GetWidth(), 7);
     EXPECT_EQ(back.GetHeight(), 9);
-    ASSERT_EQ(back.GetBitsSize(), other.GetBitsSize());
-    EXPECT_EQ(std::string((const char*)back.GetBits(), back.GetBitsSize()),
-              std::string((const char*)other.GetBits(), other.GetBitsSize()));
+    EXPECT_EQ(BitsOf(back), BitsOf(other));
 }
 
 TEST_F(DesktopClipboard, LargeTextGoesInChunksBothWays) {

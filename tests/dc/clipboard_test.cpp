@@ -76,12 +76,7 @@ TEST(DIBClipboard, RectanglePutsAPartOrTheWholeBitmap) {
 
 TEST(DIBClipboard, BrokenBlocksAreRefused) {
     Owner owner;
-    BITMAPINFOHEADER bi{};
-    bi.biSize = 40;
-    bi.biWidth = 100;
-    bi.biHeight = 100;
-    bi.biPlanes = 1;
-    bi.biBitCount = 24;
+    BITMAPINFOHEADER bi{40, 100, 100, 1, 24, BI_RGB, 0, 0, 0, 0, 0};
     struct Case { const char* what; size_t size; LONG height; };
     const Case cases[] = {{"truncated rows", 60, 100}, {"header cut", 20, 100}, {"top-down", 40 + 30000 * 4, -100}};
     for (const Case& c : cases) {

@@ -28,13 +28,7 @@ void Paint(CDIBitmap& bmp, int w, int h, WORD bits) {
 // A 32-bit bitmap with explicit 8-8-8 masks: the BI_BITFIELDS path of Draw.
 void PaintMasked(CDIBitmap& bmp, int w, int h) {
     std::vector<unsigned char> packed(40 + 12 + (size_t)w * h * 4);
-    BITMAPINFOHEADER bi{};
-    bi.biSize = 40;
-    bi.biWidth = w;
-    bi.biHeight = h;
-    bi.biPlanes = 1;
-    bi.biBitCount = 32;
-    bi.biCompression = BI_BITFIELDS;
+    const BITMAPINFOHEADER bi{40, w, h, 1, 32, BI_BITFIELDS, 0, 0, 0, 0, 0};
     std::memcpy(packed.data(), &bi, 40);
     const DWORD masks[3] = {0xFF0000, 0x00FF00, 0x0000FF};
     std::memcpy(packed.data() + 40, masks, 12);
@@ -135,21 +129,13 @@ TEST(DIBDrawing, ScaledCopiesOfDibRowsMatchTheGeneralStretch) {
             for (int h : {1, 3, -4}) {
                 int rows = h < 0 ? -h : h;
                 std::vector<unsigned char> info(40 + 256 * 4);
-                BITMAPINFOHEADER bi{};
-                bi.biSize = 40;
-                bi.biWidth = w;
-                bi.biHeight = h;
-                bi.biPlanes = 1;
-                bi.biBitCount = bits;
-                bi.biCompression = BI_RGB;
+                const BITMAPINFOHEADER bi{40, w, h, 1, bits, BI_RGB, 0, 0, 0, 0, 0};
                 std::memcpy(info.data(), &bi, 40);
                 for (size_t i = 40; i < info.size(); ++i) info[i] = (unsigned char)rng();
                 std::vector<unsigned char> pixels((size_t)((w * bits + 31) / 32 * 4) * rows);
                 for (unsigned char& b : pixels) b = (unsigned char)rng();
                 const auto* bmi = reinterpret_cast<const BITMAPINFO*>(info.data());
-                struct Case {
-                    int x, y, cx, cy, xs, ys, cxs, cys;
-                };
+                struct Case { int x, y, cx, cy, xs, ys, cxs, cys; };
                 int half = std::max(1, w / 2), third = w / 3;
                 const Case cases[] = {
                     {0, 0, half, std::max(1, rows / 2), 0, 0, w, rows},

@@ -3,9 +3,9 @@
 // independent reader, libwmf's wmf2svg, giving the pixels back.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -207,10 +207,7 @@ TEST(MetafileFile, LibwmfReadsOurPixelsPosixOnly) {
         Paint(bmp, 13, 6, bits);
         std::string base = std::string(folder) + "/p" + std::to_string(bits);
         std::vector<BYTE> b = WmfFile(bmp);
-        FILE* f = std::fopen((base + ".wmf").c_str(), "wb");
-        ASSERT_NE(f, nullptr);
-        std::fwrite(b.data(), 1, b.size(), f);
-        std::fclose(f);
+        ASSERT_TRUE(std::ofstream(base + ".wmf", std::ios::binary).write((const char*)b.data(), (long)b.size()));
         std::string cmd = "wmf2svg -o '" + base + ".svg' '" + base + ".wmf' >/dev/null 2>&1";
         ASSERT_EQ(std::system(cmd.c_str()), 0) << bits;
         IStream* stream = plat::OpenFileStream((base + "-1.png").c_str());

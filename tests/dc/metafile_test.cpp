@@ -65,11 +65,7 @@ std::pair<int, std::string> Extract(const Bytes& metafile) {
 TEST(OleUIMetafilePictExtract, TakesTheFirstDibRecord) {
     const std::string a = SampleDib(1), b = SampleDib(2);
     std::string truncated = a.substr(0, a.size() - 8);
-    struct Case {
-        const char* what;
-        std::vector<Bytes> records;
-        std::string dib;
-    };
+    struct Case { const char* what; std::vector<Bytes> records; std::string dib; };
     const Case cases[] = {
         {"stretch blt", {Record(META_DIBSTRETCHBLT, 10, a)}, a},
         {"stretch dib", {Record(0x0201, 2), Record(META_STRETCHDIB, 11, b)}, b},

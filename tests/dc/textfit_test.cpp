@@ -17,10 +17,7 @@ using dctest::MemoryDC;
 
 // The definition of the fit: the longest prefix that may end there under the rule and whose
 // directly measured extent is within the width.
-struct Expected {
-    int count;
-    long extent;
-};
+struct Expected { int count; long extent; };
 
 bool WordEnd(const std::string& t, size_t i) { return i + 1 == t.size() || (t[i] != ' ' && t[i + 1] == ' '); }
 

@@ -11,9 +11,7 @@
 
 namespace {
 
-struct Hls {
-    WORD h, l, s;
-};
+struct Hls { WORD h, l, s; };
 
 Hls ToHls(COLORREF clr) {
     Hls v{};
@@ -22,10 +20,7 @@ Hls ToHls(COLORREF clr) {
 }
 
 TEST(Colors, RgbToHlsKnownValues) {
-    struct Case {
-        COLORREF rgb;
-        Hls hls;
-    } cases[] = {
+    struct Case { COLORREF rgb; Hls hls; } cases[] = {
         {RGB(0, 0, 0), {160, 0, 0}},        {RGB(1, 1, 1), {160, 1, 0}},
         {RGB(127, 127, 127), {160, 120, 0}}, {RGB(128, 128, 128), {160, 120, 0}},
         {RGB(254, 254, 254), {160, 239, 0}}, {RGB(255, 255, 255), {160, 240, 0}},
@@ -44,10 +39,7 @@ TEST(Colors, RgbToHlsKnownValues) {
 }
 
 TEST(Colors, HlsToRgbKnownValues) {
-    struct Case {
-        Hls hls;
-        COLORREF rgb;
-    } cases[] = {
+    struct Case { Hls hls; COLORREF rgb; } cases[] = {
         {{140, 19, 120}, RGB(10, 20, 31)},   {{160, 120, 0}, RGB(127, 127, 127)},
         {{0, 240, 0}, RGB(255, 255, 255)},   {{0, 0, 240}, RGB(0, 0, 0)},
         {{0, 120, 240}, RGB(255, 0, 0)},     {{80, 120, 240}, RGB(0, 255, 0)},

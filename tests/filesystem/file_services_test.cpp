@@ -63,10 +63,7 @@ TEST_F(FileServices, FailuresGiveTheWindowsErrorCodes) {
 
 class Wildcards : public qmtest::TempFolderTest {
 protected:
-    struct Case {
-        const char* pattern;
-        Names matches;
-    };
+    struct Case { const char* pattern; Names matches; };
     void Check(std::initializer_list<Case> cases) {
         for (const char* f : {"a.txt", "b.TXT", "readme", "x.tar.gz", "ab", "abc.d"}) Touch(f);
         for (const auto& c : cases) {
@@ -88,32 +85,17 @@ protected:
 
 TEST_F(Wildcards, MatchWithoutRegardToCase) {
     const Names all = {"a.txt", "b.TXT", "readme", "x.tar.gz", "ab", "abc.d"};
-    Check({
-        {"*", all},
-        {"*.*", all},
-        {"*.txt", {"a.txt", "b.TXT"}},
-        {"readme.*", {"readme"}},
-        {"a*", {"a.txt", "ab", "abc.d"}},
-        {"??", {"ab"}},
-        {"*.gz", {"x.tar.gz"}},
-        {"x.*.gz", {"x.tar.gz"}},
-        {"README", {"readme"}},
-        {"?b*", {"ab", "abc.d"}},
-        {"zz*", {}},
-    });
+    Check({{"*", all}, {"*.*", all}, {"*.txt", {"a.txt", "b.TXT"}}, {"readme.*", {"readme"}},
+           {"a*", {"a.txt", "ab", "abc.d"}}, {"??", {"ab"}}, {"*.gz", {"x.tar.gz"}}, {"x.*.gz", {"x.tar.gz"}},
+           {"README", {"readme"}}, {"?b*", {"ab", "abc.d"}}, {"zz*", {}}});
 }
 
 #if !defined(_WIN32)
 // The system's own rules for '?' before a dot or at the end and for a trailing dot; Wine's
 // kernel treats these patterns more simply, so they are checked on the POSIX backend only.
 TEST_F(Wildcards, PosixKeepsTheDosRulesOfTheSystem) {
-    Check({
-        {"*.", {"readme", "ab"}},
-        {"*.TXT?", {"a.txt", "b.TXT"}},
-        {"ab??", {"ab"}},
-        {"a??.d", {"abc.d"}},
-        {"?.*", {"a.txt", "b.TXT", "x.tar.gz"}},
-    });
+    Check({{"*.", {"readme", "ab"}}, {"*.TXT?", {"a.txt", "b.TXT"}}, {"ab??", {"ab"}}, {"a??.d", {"abc.d"}},
+           {"?.*", {"a.txt", "b.TXT", "x.tar.gz"}}});
 }
 #endif
 
@@ -123,14 +105,9 @@ TEST_F(FileServices, FullPathsResolveDotsAndSeparators) {
         const char* full;
         const char* name;  // where the file part starts, nullptr for none
     } cases[] = {
-        {"Z:\\a\\.\\b\\..\\c", "Z:\\a\\c", "c"},
-        {"Z:\\a\\b\\", "Z:\\a\\b\\", nullptr},
-        {"Z:\\..\\..\\x", "Z:\\x", "x"},
-        {"Z:/a//b", "Z:\\a\\b", "b"},
-        {"Z:\\a\\b.", "Z:\\a\\b", "b"},
-        {"Z:\\a\\b  ", "Z:\\a\\b", "b"},
-        {"\\\\srv\\share\\..\\x", "\\\\srv\\share\\x", "x"},
-        {"Z:\\", "Z:\\", nullptr},
+        {"Z:\\a\\.\\b\\..\\c", "Z:\\a\\c", "c"}, {"Z:\\a\\b\\", "Z:\\a\\b\\", nullptr}, {"Z:\\..\\..\\x", "Z:\\x", "x"},
+        {"Z:/a//b", "Z:\\a\\b", "b"},         {"Z:\\a\\b.", "Z:\\a\\b", "b"},          {"Z:\\a\\b  ", "Z:\\a\\b", "b"},
+        {"\\\\srv\\share\\..\\x", "\\\\srv\\share\\x", "x"},       {"Z:\\", "Z:\\", nullptr},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.path);
@@ -316,14 +293,9 @@ TEST(FileServiceText, PosixMountTableGivesShareNames) {
         "tmpfs /mnt/pub/cache tmpfs rw 0 0\n"
         "//old/gone /mnt/re cifs rw 0 0\n"
         "/dev/sdb1 /mnt/re ext4 rw 0 0\n";
-    struct Case {
-        const char* dir;
-        const char* remote;
-    } cases[] = {
-        {"/mnt/pub", "\\\\fileserver\\Public"},
-        {"/mnt/pub/", "\\\\fileserver\\Public"},
-        {"/mnt/pub/docs/x", "\\\\fileserver\\Public\\docs\\x"},
-        {"/mnt/my home/a", "\\\\nas\\export\\home\\a"},
+    struct Case { const char* dir; const char* remote; } cases[] = {
+        {"/mnt/pub", "\\\\fileserver\\Public"}, {"/mnt/pub/", "\\\\fileserver\\Public"},
+        {"/mnt/pub/docs/x", "\\\\fileserver\\Public\\docs\\x"}, {"/mnt/my home/a", "\\\\nas\\export\\home\\a"},
         {"/mnt/pub/cache", ""},  // a local mount inside the share
         {"/mnt/re", ""},         // the later mount hides the share
         {"/home", ""},

@@ -15,6 +15,11 @@ namespace {
 
 using Strings = std::vector<std::string>;
 using Names = std::set<std::string>;
+#if defined(_WIN32)
+constexpr bool kWindows = true;
+#else
+constexpr bool kWindows = false;
+#endif
 
 class Folders : public qmtest::TempFolderTest {
 protected:
@@ -175,18 +180,15 @@ TEST_F(Folders, UniqueNamesAdvanceOneCharacter) {
     CString fresh = At("Report.txt");
     FileSystem::MakeUniqueFileName(fresh);
     EXPECT_STREQ(fresh, At("Report.txt"));
-    Touch("Report.txt");
     Touch("Report 2.txt");
-    FileSystem::MakeUniqueFileName(fresh);
-    EXPECT_STREQ(fresh, At("Report 3.txt"));
-    Touch("Report 9.a.b");
-    CString nine = At("Report 9.a.b");
-    FileSystem::MakeUniqueFileName(nine);
-    EXPECT_STREQ(nine, At("Report A.a.b"));
-    Touch("Padded .txt");
-    CString padded = At("Padded .txt");
-    FileSystem::MakeUniqueFileName(padded);
-    EXPECT_STREQ(padded, At("Padded 2.txt"));
+    const char* cases[][2] = {
+        {"Report.txt", "Report 3.txt"}, {"Report 9.a.b", "Report A.a.b"}, {"Padded .txt", "Padded 2.txt"}};
+    for (const auto& c : cases) {
+        Touch(c[0]);
+        CString name = At(c[0]);
+        FileSystem::MakeUniqueFileName(name);
+        EXPECT_STREQ(name, At(c[1]));
+    }
 }
 
 TEST_F(Folders, TempFilesSearchesAndNetworkNames) {
@@ -224,10 +226,6 @@ TEST_F(Folders, TempFilesSearchesAndNetworkNames) {
     EXPECT_EQ(error, (DWORD)ERROR_NOT_CONNECTED);
 }
 
-}  // namespace
-
-namespace {
-
 // Long paths, control bytes and ".." above the root: every operation answers without
 // overrunning, and the answers stay those of a path that is not there.
 TEST_F(Folders, HostilePathsAreAnsweredSafely) {
@@ -253,23 +251,14 @@ TEST_F(Folders, HostilePathsAreAnsweredSafely) {
         FileSystem::CFileItr it(p.c_str(), "*");
         EXPECT_FALSE(it.IsValid());
         const int removed = FileSystem::RemoveFolder(p.c_str());
-#ifdef _WIN32
-        // The shell answers a name with control bytes either as not there (nothing to remove)
-        // or, when the deletion goes through the recycle bin, as ERROR_INVALID_NAME; Wine does
-        // the second only when an XDG data folder is set, as the hermetic test stage does.
-        if (p == control) {
-            EXPECT_TRUE(removed == 0 || removed == 1) << "RemoveFolder gave " << removed;
-        } else {
-            EXPECT_EQ(removed, p.size() < MAX_PATH ? 1 : 0);
-        }
-#else
-        EXPECT_EQ(removed, p.size() < MAX_PATH ? 1 : 0);
-#endif
+        // The Windows shell answers a name with control bytes either as not there (nothing to
+        // remove) or, when the deletion goes through the recycle bin, as ERROR_INVALID_NAME; Wine
+        // does the second only when an XDG data folder is set, as the hermetic test stage does.
+        if (kWindows && p == control) EXPECT_TRUE(removed == 0 || removed == 1) << "RemoveFolder gave " << removed;
+        else EXPECT_EQ(removed, p.size() < MAX_PATH ? 1 : 0);
         CString expanded = p.c_str();
         FileSystem::ExpandPathToFull(expanded);
-        if (p.size() >= MAX_PATH) {
-            EXPECT_STREQ(expanded, "");
-        }
+        if (p.size() >= MAX_PATH) { EXPECT_STREQ(expanded, ""); }
     }
     CString above = "Z:\\..\\..\\..\\tmp\\..\\..";
     EXPECT_EQ(FileSystem::MakeFull(above), 1);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <fstream>
 #include <string>
 
 #include "fs_fixture.h"
@@ -15,10 +16,7 @@ protected:
     void MakeBehind(const char* relative) {
         std::string native;
         ASSERT_TRUE(qm::platform::ToNativePath(At(relative), native));
-        FILE* f = std::fopen(native.c_str(), "wb");
-        ASSERT_NE(f, nullptr);
-        std::fputs(relative, f);
-        std::fclose(f);
+        ASSERT_TRUE(std::ofstream(native, std::ios::binary) << relative);
     }
     void RemoveBehind(const char* relative) {
         std::string native;

@@ -64,17 +64,9 @@ TEST(PathAlgebra, ChangingPartsKeepsTheOthers) {
 }
 
 TEST(PathAlgebra, QuotesAndBackslashes) {
-    struct Case {
-        const char* in;
-        const char* added;
-        const char* removed;
-        int removedResult;
-    } cases[] = {
-        {"x\"y", "\"xy\"", "x\"y", 0},
-        {"", "", "", 0},
-        {"\"open", "\"open", "open", 1},
-        {"\"a\"b\"", "\"a\"b\"", "a\"b", 1},
-        {"\"", "\"", "", 1},
+    struct Case { const char* in; const char* added; const char* removed; int removedResult; } cases[] = {
+        {"x\"y", "\"xy\"", "x\"y", 0}, {"", "", "", 0}, {"\"open", "\"open", "open", 1},
+        {"\"a\"b\"", "\"a\"b\"", "a\"b", 1}, {"\"", "\"", "", 1},
         {"C:\\Program Files", "\"C:\\Program Files\"", "C:\\Program Files", 0},
     };
     for (const auto& c : cases) {
@@ -111,15 +103,9 @@ TEST(PathAlgebra, ExtractDriveReportsMalformedRoots) {
     const std::string colonText = "Ret.Right(2) == TEXT(\":\\\\\")";
     const std::string pairText = "FileName.Find(TEXT (\"\\\\\\\\\")) != -1";
     const std::string endText = "Ret.Right(1) == TEXT(\"\\\\\")";
-    struct Case {
-        const char* path;
-        const char* drive;
-        Strings reports;
-    } cases[] = {
-        {"C:\\dir\\f", "C:\\", {}},
-        {"\\\\server\\share\\dir\\f.txt", "\\\\server\\share\\", {}},
-        {"\\\\server\\share", "\\\\server\\share\\", {}},
-        {"x\\\\server\\share\\a\\b", "\\\\server\\share\\", {}},
+    struct Case { const char* path; const char* drive; Strings reports; } cases[] = {
+        {"C:\\dir\\f", "C:\\", {}}, {"\\\\server\\share\\dir\\f.txt", "\\\\server\\share\\", {}},
+        {"\\\\server\\share", "\\\\server\\share\\", {}}, {"x\\\\server\\share\\a\\b", "\\\\server\\share\\", {}},
         {"\\\\server", "\\\\server\\", {"i < 2"}},
         {"C:x", "C:x", {colonText, endText}},
         {"ab", "ab\\", {shortText, pairText, "i < 2"}},
@@ -134,45 +120,29 @@ TEST(PathAlgebra, ExtractDriveReportsMalformedRoots) {
 }
 
 TEST(PathAlgebra, RelativeForms) {
-    struct Case {
-        const char* file;
-        const char* base;
-        const char* relative;
-    } cases[] = {
+    const char* cases[][3] = {  // file, base, relative form
         {"C:\\A\\B\\c.txt", "C:\\A\\x.doc", "B\\c.txt"},
-        {"C:\\A\\B\\c.txt", "c:\\a\\x.doc", "B\\c.txt"},     // the prefix ignores case
-        {"C:\\A\\B\\c.txt", "C:\\Other\\x.doc", "\\A\\B\\c.txt"},
-        {"C:\\A\\B\\c.txt", "D:\\A\\x.doc", ""},
-        {"C:\\A\\B\\c.txt", "c:\\other\\x.doc", ""},        // the drive letters do not
-        {"C:\\A\\B\\c.txt", "", ""},
-        {"C:\\A\\c.txt", "C:\\A\\x.doc", "c.txt"},
-        {"C:\\A\\B\\c.txt", "x.doc", "C:\\A\\B\\c.txt"},
+        {"C:\\A\\B\\c.txt", "c:\\a\\x.doc", "B\\c.txt"},  // the prefix ignores case
+        {"C:\\A\\B\\c.txt", "c:\\other\\x.doc", ""},      // the drive letters do not
         {"C:\\A\\c.txt", "C:\\A\\B\\x.doc", "\\A\\c.txt"},  // never ".." steps
-        {"\\\\s\\h\\f.txt", "C:\\A\\x.doc", ""},
+        {"C:\\A\\B\\c.txt", "C:\\Other\\x.doc", "\\A\\B\\c.txt"}, {"C:\\A\\B\\c.txt", "D:\\A\\x.doc", ""},
+        {"C:\\A\\B\\c.txt", "", ""}, {"C:\\A\\c.txt", "C:\\A\\x.doc", "c.txt"}, {"\\\\s\\h\\f.txt", "C:\\A\\x.doc", ""},
+        {"C:\\A\\B\\c.txt", "x.doc", "C:\\A\\B\\c.txt"},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(std::string(c.file) + " | " + c.base);
-        EXPECT_STREQ(FileSystem::GetRelativePath(c.file, c.base), c.relative);
+        SCOPED_TRACE(std::string(c[0]) + " | " + c[1]);
+        EXPECT_STREQ(FileSystem::GetRelativePath(c[0], c[1]), c[2]);
     }
 }
 
 TEST(PathAlgebra, AbsoluteForms) {
     const std::string badDrive = "_istalpha (sRelativeFilePath[0]) && sRelativeFilePath[2] == '\\\\'";
-    struct Case {
-        const char* relative;
-        const char* base;
-        const char* absolute;
-        Strings reports;
-    } cases[] = {
-        {"sub\\f.txt", "C:\\A\\x.doc", "C:\\A\\sub\\f.txt", {}},
-        {"\\f.txt", "C:\\A\\x.doc", "C:\\f.txt", {}},
-        {"\\\\s\\h\\f.txt", "C:\\A\\x.doc", "\\\\s\\h\\f.txt", {}},
-        {"", "C:\\A\\x.doc", "", {}},
-        {"..\\f", "C:\\A\\x.doc", "C:\\A\\..\\f", {}},
-        {"\\f.txt", "\\\\s\\h\\x.doc", "\\\\\\f.txt", {}},
+    struct Case { const char* relative; const char* base; const char* absolute; Strings reports; } cases[] = {
+        {"sub\\f.txt", "C:\\A\\x.doc", "C:\\A\\sub\\f.txt", {}}, {"\\f.txt", "C:\\A\\x.doc", "C:\\f.txt", {}},
+        {"\\\\s\\h\\f.txt", "C:\\A\\x.doc", "\\\\s\\h\\f.txt", {}}, {"", "C:\\A\\x.doc", "", {}},
+        {"..\\f", "C:\\A\\x.doc", "C:\\A\\..\\f", {}}, {"\\f.txt", "\\\\s\\h\\x.doc", "\\\\\\f.txt", {}},
         {"D:\\f", "C:\\A\\x.doc", "D:\\f", {}},
-        {"C:file", "C:\\A\\x.doc", "C:file", {badDrive}},
-        {"1:", "C:\\A\\x.doc", "1:", {badDrive}},
+        {"C:file", "C:\\A\\x.doc", "C:file", {badDrive}}, {"1:", "C:\\A\\x.doc", "1:", {badDrive}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.relative);
@@ -184,21 +154,11 @@ TEST(PathAlgebra, AbsoluteForms) {
 
 TEST(PathAlgebra, CompactPathShortensLikeTheShell) {
     const char* path = "C:\\some\\long\\folder\\name\\file.txt";  // 33 characters
-    struct Case {
-        const char* source;
-        unsigned maximum;
-        const char* compact;
-    } cases[] = {
-        {path, 33, path},
-        {path, 100, path},
-        {path, 32, "C:\\some\\long\\folder...\\file.txt"},
-        {path, 20, "C:\\some...\\file.txt"},
-        {path, 13, "...\\file.txt"},
-        {path, 12, "...\\file..."},
-        {path, 10, "...\\fi..."},
-        {path, 4, "..."},
-        {"verylongfilename.txt", 8, "very..."},
-        {"verylongfilename.txt", 3, ".."},
+    struct Case { const char* source; unsigned maximum; const char* compact; } cases[] = {
+        {path, 33, path}, {path, 100, path},
+        {path, 32, "C:\\some\\long\\folder...\\file.txt"}, {path, 20, "C:\\some...\\file.txt"},
+        {path, 13, "...\\file.txt"}, {path, 12, "...\\file..."}, {path, 10, "...\\fi..."}, {path, 4, "..."},
+        {"verylongfilename.txt", 8, "very..."}, {"verylongfilename.txt", 3, ".."},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(std::to_string(c.maximum));
@@ -210,37 +170,22 @@ TEST(PathAlgebra, CompactPathShortensLikeTheShell) {
 }
 
 TEST(PathAlgebra, IncrementFileNameCountsOnInDecimal) {
-    struct Case {
-        const char* path;
-        const char* next;
-    } cases[] = {
-        {"C:\\d\\Report.txt", "C:\\d\\Report1.txt"},
-        {"Report9.txt", "Report10.txt"},
-        {"Report007.txt", "Report8.txt"},
-        {"x.txt", "x1.txt"},
-        {"C:\\v1.2\\99", "C:\\v1.2\\100"},
-        {"n99999999999999999999999.t", "n100000000000000000000000.t"},
-        {"000", "1"},
+    const char* cases[][2] = {
+        {"C:\\d\\Report.txt", "C:\\d\\Report1.txt"}, {"Report9.txt", "Report10.txt"}, {"Report007.txt", "Report8.txt"},
+        {"x.txt", "x1.txt"}, {"C:\\v1.2\\99", "C:\\v1.2\\100"},
+        {"n99999999999999999999999.t", "n100000000000000000000000.t"}, {"000", "1"},
     };
-    for (const auto& c : cases) EXPECT_STREQ(FileSystem::IncrementFileName(c.path), c.next) << c.path;
+    for (const auto& c : cases) EXPECT_STREQ(FileSystem::IncrementFileName(c[0]), c[1]) << c[0];
 }
 
 TEST(PathAlgebra, GetPathTakesTheFirstPathOfACommandLine) {
     const std::string longPath = "C:\\" + std::string(1000, 'p');
-    struct Case {
-        std::string command;
-        int quote;
-        std::string target;
-        size_t stop;
-    } cases[] = {
+    struct Case { std::string command; int quote; std::string target; size_t stop; } cases[] = {
         {"a b", 0, "", 1},  // a one-character path is dropped without the quote flag
         {"a b", 1, "\"a\"", 1},
         {"\"C:\\Program Files\\x.exe\" -n", 0, "C:\\Program Files\\x.exe", 24},
         {"\"C:\\Program Files\\x.exe\" -n", 1, "\"C:\\Program Files\\x.exe\"", 24},
-        {"", 1, "", 0},
-        {"\tx", 0, "", 0},
-        {"ab\tc", 0, "ab", 2},
-        {"C:\\a\"b c\"d e", 0, "C:\\ab cd", 10},
+        {"", 1, "", 0}, {"\tx", 0, "", 0}, {"ab\tc", 0, "ab", 2}, {"C:\\a\"b c\"d e", 0, "C:\\ab cd", 10},
         {longPath + " x", 0, longPath, longPath.size()},
     };
     for (const auto& c : cases) {

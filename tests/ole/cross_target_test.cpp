@@ -25,12 +25,11 @@ void ExpectSampleBytes(const std::vector<BYTE>& bytes) {
     qmtest::ExpectSample(stg);
 }
 
-TEST(CrossTarget, ReadsTheSampleWrittenOnPosix) {
-    ExpectSampleBytes(qmtest::ReadNative(QM_OLE_DATA_DIR "/sample_posix.cfb"));
-}
-
-TEST(CrossTarget, ReadsTheSampleWrittenOnWindows) {
-    ExpectSampleBytes(qmtest::ReadNative(QM_OLE_DATA_DIR "/sample_windows.cfb"));
+TEST(CrossTarget, ReadsTheSamplesWrittenOnPosixAndOnWindows) {
+    for (const char* name : {"/sample_posix.cfb", "/sample_windows.cfb"}) {
+        SCOPED_TRACE(name);
+        ExpectSampleBytes(qmtest::ReadNative(QM_OLE_DATA_DIR + std::string(name)));
+    }
 }
 
 class SampleFile : public qmtest::TempFolderTest {};

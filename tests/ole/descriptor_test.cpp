@@ -53,14 +53,10 @@ struct LayoutCase {
 
 TEST(ObjectDescriptor, LayoutOfTypeAndSource) {
     const LayoutCase cases[] = {
-        {"Note", nullptr, 72, 52, 62, u"Note"},
-        {"Note", "", 72, 52, 62, u"Note"},
-        {"Note", "Desk", 72, 52, 62, u"Desk"},
-        {"Note", "Notebook 1", 84, 52, 62, u"Notebook 1"},
+        {"Note", nullptr, 72, 52, 62, u"Note"}, {"Note", "", 72, 52, 62, u"Note"},
+        {"Note", "Desk", 72, 52, 62, u"Desk"}, {"Note", "Notebook 1", 84, 52, 62, u"Notebook 1"},
         {nullptr, "Desk", 62, 0, 52, u"Desk"},
-        {"", "Desk", 62, 0, 52, u"Desk"},
-        {nullptr, nullptr, 52, 0, 0, u""},
-        {"", "", 52, 0, 0, u""},
+        {"", "Desk", 62, 0, 52, u"Desk"}, {nullptr, nullptr, 52, 0, 0, u""}, {"", "", 52, 0, 0, u""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.type ? c.type : "(null)") + " / " + (c.source ? c.source : "(null)"));
@@ -72,35 +68,21 @@ TEST(ObjectDescriptor, LayoutOfTypeAndSource) {
         EXPECT_EQ(DwordAt(b, 0), c.cbSize);
         EXPECT_EQ(DwordAt(b, 44), c.typeOffset);
         EXPECT_EQ(DwordAt(b, 48), c.sourceOffset);
-        if (c.typeOffset) {
-            EXPECT_EQ(Utf16At(b, c.typeOffset), u"Note");
-        }
-        if (c.sourceOffset) {
-            EXPECT_EQ(Utf16At(b, c.sourceOffset), c.sourceText);
-        }
+        if (c.typeOffset) { EXPECT_EQ(Utf16At(b, c.typeOffset), u"Note"); }
+        if (c.sourceOffset) { EXPECT_EQ(Utf16At(b, c.sourceOffset), c.sourceText); }
         EXPECT_EQ(GlobalMemFree(h), nullptr);
     }
 }
 
-TEST(ObjectDescriptor, FixedFieldsAtTheirOffsets) {
-    HGLOBAL h = OleCreateObjectDescriptor(kClsid, DVASPECT_ICON, SIZEL{2540, 1270}, POINTL{-3, 7}, 0x11, "Note", "");
+TEST(ObjectDescriptor, FixedFieldsAtTheirOffsetsAndReadBackIncludingAnsiText) {
+    HGLOBAL h = OleCreateObjectDescriptor(kClsid, DVASPECT_ICON, SIZEL{10, 20}, POINTL{-3, 40}, 5,
+                                          "Caf\xE9 note \x80", "R\xE9sum\xE9s");
     std::vector<BYTE> b = BytesOf(h);
     ASSERT_GE(b.size(), 52u);
     EXPECT_EQ(std::memcmp(b.data() + 4, &kClsid, 16), 0);
-    EXPECT_EQ(DwordAt(b, 20), (DWORD)DVASPECT_ICON);
-    EXPECT_EQ(DwordAt(b, 24), 2540u);
-    EXPECT_EQ(DwordAt(b, 28), 1270u);
-    EXPECT_EQ((LONG)DwordAt(b, 32), -3);
-    EXPECT_EQ(DwordAt(b, 36), 7u);
-    EXPECT_EQ(DwordAt(b, 40), 0x11u);
-    GlobalMemFree(h);
-}
-
-TEST(ObjectDescriptor, ReadsBackWhatWasBuiltIncludingAnsiText) {
-    HGLOBAL h = OleCreateObjectDescriptor(kClsid, DVASPECT_CONTENT, SIZEL{10, 20}, POINTL{30, 40}, 5,
-                                          "Caf\xE9 note \x80", "R\xE9sum\xE9s");
+    const DWORD fixed[] = {DVASPECT_ICON, 10, 20, (DWORD)-3, 40, 5};  // aspect, size, point, status
+    for (int k = 0; k < 6; ++k) EXPECT_EQ(DwordAt(b, 20 + 4 * k), fixed[k]) << "at " << 20 + 4 * k;
     // The ANSI characters became their UTF-16 units in the block.
-    std::vector<BYTE> b = BytesOf(h);
     EXPECT_EQ(Utf16At(b, 52), u"Caf\u00E9 note \u20AC");
     OBJECTDESCRIPTOR od;
     CString type, source;
@@ -108,6 +90,7 @@ TEST(ObjectDescriptor, ReadsBackWhatWasBuiltIncludingAnsiText) {
     EXPECT_EQ(od.cbSize, b.size());
     EXPECT_EQ(std::memcmp(&od.clsid, &kClsid, 16), 0);
     EXPECT_EQ(od.sizel.cx, 10);
+    EXPECT_EQ(od.pointl.x, -3);
     EXPECT_EQ(od.pointl.y, 40);
     EXPECT_EQ(od.dwStatus, 5u);
     EXPECT_STREQ(type, "Caf\xE9 note \x80");
@@ -129,10 +112,7 @@ std::vector<BYTE> Block(ULONG cbSize, DWORD typeOffset, DWORD sourceOffset, std:
 
 TEST(ObjectDescriptor, RefusesBlocksThatPointOutsideThemselves) {
     const std::vector<BYTE> ab = {'A', 0, 'B', 0, 0, 0};  // "AB"
-    struct Case {
-        const char* what;
-        std::vector<BYTE> block;
-    } cases[] = {
+    struct Case { const char* what; std::vector<BYTE> block; } cases[] = {
         {"shorter than the fixed part", std::vector<BYTE>(51, 0)},
         {"cbSize below 52", Block(51, 0, 0, {})},
         {"cbSize beyond the block", Block(59, 52, 0, ab)},
@@ -152,6 +132,12 @@ TEST(ObjectDescriptor, RefusesBlocksThatPointOutsideThemselves) {
         EXPECT_TRUE(type.IsEmpty());
         EXPECT_TRUE(source.IsEmpty());
     }
+    qmtest::RecordingAssertSink sink;
+    OBJECTDESCRIPTOR od;
+    CString type, source;
+    EXPECT_FALSE(OleReadObjectDescriptor(nullptr, od, type, source));
+    EXPECT_EQ(sink.Expressions(), std::vector<std::string>{"hObjDesc != nullptr"});
+    EXPECT_EQ(sink.Reports().at(0).module, "Common\\OleUtils");
 }
 
 TEST(ObjectDescriptor, AcceptsOddOffsetsAndTrailingBytes) {
@@ -164,16 +150,6 @@ TEST(ObjectDescriptor, AcceptsOddOffsetsAndTrailingBytes) {
     EXPECT_STREQ(type, "AB");
     EXPECT_TRUE(source.IsEmpty());
     EXPECT_EQ(od.cbSize, 59u);
-}
-
-TEST(ObjectDescriptor, NullBlockIsReportedAndRefused) {
-    qmtest::RecordingAssertSink sink;
-    OBJECTDESCRIPTOR od;
-    CString type, source;
-    EXPECT_FALSE(OleReadObjectDescriptor(nullptr, od, type, source));
-    ASSERT_EQ(sink.Reports().size(), 1u);
-    EXPECT_EQ(sink.Reports()[0].module, "Common\\OleUtils");
-    EXPECT_EQ(sink.Reports()[0].expression, "hObjDesc != nullptr");
 }
 
 }  // namespace

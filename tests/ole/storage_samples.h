@@ -21,10 +21,7 @@ namespace qmtest {
 const CLSID kRootClass = {0x0A1B2C3D, 0x4E5F, 0x6071, {0x82, 0x93, 0xA4, 0xB5, 0xC6, 0xD7, 0xE8, 0xF9}};
 const CLSID kSubClass = {0x11223344, 0x5566, 0x7788, {0x99, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF, 0x01}};
 
-struct SampleStream {
-    const char* name;
-    std::size_t size;
-};
+struct SampleStream { const char* name; std::size_t size; };
 const SampleStream kSampleStreams[] = {{"empty", 0}, {"small", 4095}, {"regular", 4096}, {"larger", 5000}};
 
 inline std::vector<BYTE> Pattern(std::size_t size, unsigned seed) {

@@ -163,9 +163,7 @@ TEST(CrashPosix, StoreKeepsEveryAcknowledgedWriteThroughKills) {
             ++acknowledged;
         }
         base += 1000000;
-        if (round % 25 == 24) {
-            ASSERT_EQ(IntegrityCheck(db), "ok") << round;
-        }
+        if (round % 25 == 24) { ASSERT_EQ(IntegrityCheck(db), "ok") << round; }
     }
     EXPECT_GT(acknowledged, 0u);
     EXPECT_EQ(IntegrityCheck(db), "ok");

@@ -12,10 +12,7 @@
 #include "utils/platform/files.h"
 #include "utils/platform/host.h"
 
-using regtest::Exists;
-using regtest::File;
-using regtest::ReadFile;
-using regtest::WriteFile;
+using namespace regtest;
 
 namespace {
 

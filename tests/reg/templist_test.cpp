@@ -14,10 +14,7 @@
 #include "utils/platform/files.h"
 #include "utils/platform/userfiles.h"
 
-using regtest::Exists;
-using regtest::File;
-using regtest::ReadFile;
-using regtest::WriteFile;
+using namespace regtest;
 
 namespace {
 

@@ -54,4 +54,19 @@ int ThrownCause(F f) {
     return -1;
 }
 
+// Runs f and returns the SCODE of the COleException it throws (deleted): S_OK when it throws
+// nothing, 1 for another framework exception.
+template <class F>
+SCODE OleFailure(F f) {
+    try {
+        f();
+    } catch (CException* e) {
+        auto* ole = dynamic_cast<COleException*>(e);
+        const SCODE sc = ole ? ole->m_sc : 1;
+        e->Delete();
+        return sc;
+    }
+    return S_OK;
+}
+
 }  // namespace qmtest

@@ -10,11 +10,7 @@
 
 namespace {
 
-struct Node {
-    int value = 0;
-    double padding = 0;
-    CIntrusiveLink link;
-};
+struct Node { int value = 0; double padding = 0; CIntrusiveLink link; };
 
 constexpr std::size_t kOffset = offsetof(Node, link);
 
@@ -31,18 +27,11 @@ TEST(IntrusiveList, MatchesAListModelUnderRandomEdits) {
     std::list<Node*> model;
     for (int step = 0; step < 4000; ++step) {
         Node* n = &nodes[rng() % 12];
-        switch (rng() % 3) {
-            case 0:
-            case 1:  // append (moves a member to the tail)
-                list.PushBack(n);
-                model.remove(n);
-                model.push_back(n);
-                break;
-            case 2:
-                list.Remove(n);
-                model.remove(n);
-                break;
-        }
+        const bool append = rng() % 3 != 2;  // appending moves a member to the tail
+        if (append) list.PushBack(n);
+        else list.Remove(n);
+        model.remove(n);
+        if (append) model.push_back(n);
         ASSERT_EQ(Walk(list), std::vector<Node*>(model.begin(), model.end())) << "step " << step;
         ASSERT_EQ(list.IsEmpty(), model.empty());
         for (Node& x : nodes) ASSERT_EQ(x.link.IsLinked(), std::count(model.begin(), model.end(), &x) == 1);

@@ -2,10 +2,10 @@
 #include <climits>
 #include <vector>
 
+#include "tests/support/recording_sink.h"
 #include "tests/timescales/calendar_oracle.h"
 #include "utils/common/date_time.h"
 #include "utils/common/utils_time.h"
-#include "utils/framework/exceptions.h"
 
 namespace {
 
@@ -29,19 +29,8 @@ TEST(DayOfNthDow, MatchesAWalkOfTheMonth) {
 
 TEST(DayOfNthDow, YearBefore1900OrBadMonthIsTheGeneralFailure) {
     const int bad[][2] = {{1899, 6}, {INT_MIN, 1}, {2012, 0}, {2012, 13}, {2012, INT_MAX}};
-    for (const auto& b : bad) {
-        try {
-            DayOfNthDOW(b[0], b[1], 1, 1);
-            ADD_FAILURE() << b[0] << "-" << b[1] << " returned";
-        } catch (CException* e) {
-            auto* ole = dynamic_cast<COleException*>(e);
-            EXPECT_NE(ole, nullptr) << b[0] << "-" << b[1];
-            if (ole) {
-                EXPECT_EQ(ole->m_sc, E_FAIL) << b[0] << "-" << b[1];
-            }
-            e->Delete();
-        }
-    }
+    for (const auto& b : bad)
+        EXPECT_EQ(qmtest::OleFailure([&] { DayOfNthDOW(b[0], b[1], 1, 1); }), E_FAIL) << b[0] << "-" << b[1];
 }
 
 // Unchecked weekdays and ordinals must still come back, without overflow.
