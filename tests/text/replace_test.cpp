@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "utils/common/utils_text.h"
+#include "utils/common/utils_text_scan.h"
+#include "utils/framework/mbchar.h"
 
 namespace {
 
@@ -88,4 +91,104 @@ TEST(ReplaceString, AgreesWithModel) {
     }
 }
 
+// Long texts of words that hold the pattern in several spellings, near misses whose letters
+// differ only in bit 0x20 without being letters ('@' and '`', '[' and '{', bytes above ASCII),
+// and patterns longer than one vector compare: the block scan, its candidate lists and the
+// candidate check must find exactly what the byte-by-byte model finds.
+TEST(ReplaceString, AgreesWithModelOnLongTexts) {
+    std::mt19937 rng(5);
+    const std::string finds[] = {"note", "n", "no", "xy@[", "b\xC1", std::string("a\0", 2), "Annotation-Index-2024", "aaa"};
+    const std::string noise[] = {"NOTE", "nOtE", "XY`{", "xY@{", "xy`[", "XY@[", "B\xE1", "B\xC1", "annotation-index-2024",
+                                 "ANNOTATION-INDEX-2024", "Annotation-Index-2025", "aa", " ", "\r\n", std::string("\0", 1), "nn", "o"};
+    for (int round = 0; round < 60; ++round) {
+        const std::string& find = finds[round % std::size(finds)];
+        std::string s;
+        const size_t length = 64 + rng() % 6000;
+        while (s.size() < length) s += rng() % 4 == 0 ? find : noise[rng() % std::size(noise)];
+        const std::string repl = round % 3 == 0 ? std::string("<") + find + ">" : "annotation";
+        for (int cs = 0; cs < 2; ++cs) {
+            Outcome got = Replace(s, find, repl, 0, cs), want = Model(s, find, repl, cs);
+            SCOPED_TRACE(testing::Message() << "round " << round << " find " << find << " cs=" << cs);
+            EXPECT_EQ(got.text, want.text);
+            EXPECT_EQ(got.result, want.result);
+        }
+    }
+}
+
+// More hits than the first pass keeps for the copy: the copy goes on scanning after them,
+// also when the length guard stops it part way.
+TEST(ReplaceString, ManyHitsWithAndWithoutTheLengthGuard) {
+    std::string s;
+    for (int k = 0; k < 9000; ++k) s += "xNoTe";
+    Outcome got = Replace(s, "note", "annotation", 0, 0), want = Model(s, "note", "annotation", 0);
+    EXPECT_EQ(got.text, want.text);
+    EXPECT_EQ(got.result, 9000);
+    // A pattern that overlaps itself: the copy resumes right after the last kept hit.
+    const std::string run(10001, 'A');
+    got = Replace(run, "aa", "bbb", 0, 0);
+    want = Model(run, "aa", "bbb", 0);
+    EXPECT_EQ(got.text, want.text);
+    EXPECT_EQ(got.result, 5000);
+
+    for (int fits : {4095, 4096, 4097, 7000}) {
+        CString text(s.c_str());
+        EXPECT_EQ(qm::text::ReplaceStringLimited(text, "note", "annotation", 1, 0, (long long)s.size() + 1 + 6 * fits), fits);
+        std::string expected;
+        for (int k = 0; k < 9000; ++k) expected += k < fits ? "xannotation" : "xNoTe";
+        EXPECT_EQ(text.str(), expected) << fits;
+    }
+}
+
+// The one-compare candidate check against the byte rule of the character functions, for every
+// pair of pattern and text bytes, at the first, a middle and the last compared position.
+TEST(BlockMatcher, AgreesWithToUpperForEveryBytePair) {
+    for (size_t width : {1u, 9u, 16u, 20u}) {
+        std::string pattern(width, 'q');
+        for (size_t at : {size_t(0), (width - 1) / 2, std::min(width, size_t(16)) - 1}) {
+            for (int p = 0; p < 256; ++p) {
+                pattern[at] = (char)p;
+                const qm::text::detail::BlockMatcher matcher(pattern.data(), pattern.size());
+                std::string text = pattern + std::string(16, 'z');  // 16 readable bytes at least
+                int mismatches = 0;
+                for (int t = 0; t < 256; ++t) {
+                    text[at] = (char)t;
+                    const bool want = mbc::ToUpper((unsigned)t) == mbc::ToUpper((unsigned)p);
+                    mismatches += matcher.Matches(text.data()) != want;
+                    mismatches += matcher.MatchesBytes(text.data()) != want;
+                }
+                EXPECT_EQ(mismatches, 0) << "width " << width << " at " << at << " pattern byte " << p;
+            }
+        }
+    }
+}
+
+// The candidate lists of the block scan: every position whose two bytes pass the filter, in
+// order, from any start to any end, with many candidates per block and the visit stopping early.
+TEST(PairScanner, ForEachVisitsWhatTheByteFilterPasses) {
+    std::mt19937 rng(9);
+    for (int round = 0; round < 300; ++round) {
+        std::string text(1 + rng() % 5000, ' ');
+        const char* alphabet = round % 2 ? "nNoO .\xCE\xEE" : "nnnnnnoO";
+        const size_t letters = std::char_traits<char>::length(alphabet);
+        for (char& c : text) c = alphabet[rng() % letters];
+        const bool two = round % 5 != 0;
+        const unsigned char first = round % 3 ? 'N' : 0xCE, second = 'o';
+        const size_t from = rng() % text.size(), end = from + rng() % (text.size() - from + 1);
+        const size_t stopAfter = round % 4 == 0 ? 1 + rng() % 50 : SIZE_MAX;
+
+        auto up = [](char c) { return mbc::ToUpper((unsigned char)c); };
+        std::vector<size_t> want;
+        for (size_t i = from; i < end && want.size() < stopAfter; ++i)
+            if (up(text[i]) == up((char)first) && (!two || up(text[i + 1]) == up((char)second))) want.push_back(i);
+
+        std::vector<size_t> got;
+        qm::text::detail::PairScanner(first, second, two).ForEach(text.c_str(), from, end, [&](size_t i) {
+            got.push_back(i);
+            return got.size() < stopAfter;
+        });
+        EXPECT_EQ(got, want) << "round " << round << " from " << from << " end " << end;
+    }
+}
+
 }  // namespace
+

@@ -1,8 +1,8 @@
 // Bulk replacement with the process-wide length guard.
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "utils/common/CVLogger.h"
 #include "utils/common/utils_text.h"
@@ -23,11 +23,15 @@ inline bool EqualNoCase(const char* a, const char* b, size_t n) {
 }
 
 // Finds the occurrences of `f` in `text` left to right, ignoring case (the comparison of
-// InString, over counted bytes so an embedded NUL is an ordinary byte).
+// InString, over counted bytes so an embedded NUL is an ordinary byte). The byte after the
+// text must be readable: it is a string's terminating NUL.
 class NoCaseFinder {
 public:
     NoCaseFinder(std::string_view text, std::string_view f)
-        : m_text(text), m_f(f), m_scan((unsigned char)f[0], f.size() > 1 ? (unsigned char)f[1] : 0, f.size() > 1) {}
+        : m_text(text),
+          m_f(f),
+          m_scan((unsigned char)f[0], f.size() > 1 ? (unsigned char)f[1] : 0, f.size() > 1),
+          m_head(f.data(), f.size()) {}
 
     // First match at or after `from`; npos when none.
     size_t Next(size_t from) const {
@@ -36,29 +40,40 @@ public:
         const size_t last = m_text.size() - m_f.size();
         const char* b = m_text.data();
         for (size_t i = m_scan.Next(b, from, last + 1); i <= last; i = m_scan.Next(b, i + 1, last + 1))
-            if (EqualNoCase(b + i, m_f.data(), m_f.size())) return i;
+            if (MatchesAt(i)) return i;
         return std::string_view::npos;
     }
 
-    // Every match that does not overlap the one before it, left to right.
+    // Every match at or after `from` that does not overlap the one before it, left to right,
+    // until `found` returns false.
     template <class Found>
-    void All(Found found) const {
+    void All(size_t from, Found found) const {
         if (m_f.size() > m_text.size()) return;
         const size_t last = m_text.size() - m_f.size();
+        if (from > last) return;
         const char* b = m_text.data();
-        size_t allowed = 0;  // the first position after the last match
-        m_scan.ForEach(b, 0, last + 1, [&](size_t i) {
-            if (i >= allowed && EqualNoCase(b + i, m_f.data(), m_f.size())) {
-                found(i);
-                allowed = i + m_f.size();
-            }
-            return true;
+        size_t allowed = from;  // the first position after the last match
+        m_scan.ForEach(b, from, last + 1, [&](size_t i) {
+            if (i < allowed || !MatchesAt(i)) return true;
+            allowed = i + m_f.size();
+            return found(i);
         });
     }
 
 private:
+    // Whether the pattern matches at `i` (i + m_f.size() <= m_text.size()).
+    bool MatchesAt(size_t i) const {
+        const char* b = m_text.data();
+        const size_t w = qm::text::detail::BlockMatcher::kWidth;
+        // The block compare reads 16 bytes, of which the last may be the byte after the text.
+        if (i + w > m_text.size() + 1) return EqualNoCase(b + i, m_f.data(), m_f.size());
+        if (!m_head.Matches(b + i)) return false;
+        return m_f.size() <= w || EqualNoCase(b + i + w, m_f.data() + w, m_f.size() - w);
+    }
+
     std::string_view m_text, m_f;
     qm::text::detail::PairScanner m_scan;
+    qm::text::detail::BlockMatcher m_head;  // the first 16 bytes of the pattern
 };
 
 // The replacement is not longer than `find`: the text is rewritten in place, left to right,
@@ -107,18 +122,29 @@ int ReplaceStringLimited(CString& s, const CString& find, const CString& replace
     const std::string_view text(s.str());
     const std::string_view f(find.str());
     const NoCaseFinder finder(text, f);
-    std::vector<size_t> hits;
-    hits.reserve(1024);
-    finder.All([&hits](size_t at) { hits.push_back(at); });
-    if (hits.empty()) return 0;
 
+    // Two passes: the first counts the occurrences, since the length guard and the size of
+    // the result need the count; the second copies. The first few thousand positions are kept
+    // on the stack, so a text with no more hits than that is scanned once; beyond them the
+    // copy scans again. Keeping every position costs more than scanning again: an array that
+    // grows with the hits (a megabyte for a 16 MiB note) is written, reallocated and read back.
+    constexpr size_t kKept = 4096;
+    std::uint32_t kept[kKept];  // offsets: a text is shorter than 2 GiB
+    size_t nKept = 0;
     const long long oldLength = s.GetLength();
     const long long grow = (long long)replacement.GetLength() - find.GetLength();
-    long long count = (long long)hits.size();
-    if (grow * count + 1 + oldLength > maxLength) {
+    const long long room = maxLength - oldLength - 1;  // bytes the text may still grow by
+    const long long fit = room < 0 ? 0 : room / grow;  // occurrences whose growth fits
+    long long count = 0;
+    finder.All(0, [&](size_t at) {
+        if (nKept < kKept) kept[nKept++] = (std::uint32_t)at;
+        return ++count <= fit;  // stops at the first that does not fit
+    });
+    if (count == 0) return 0;
+    if (count > fit) {
         if (!truncate) return -1;
         // Only as many occurrences as fit are replaced, from the start.
-        count = (maxLength - oldLength - 1) / grow;
+        count = fit;
         if (count <= 0) return 0;
     }
 
@@ -131,12 +157,16 @@ int ReplaceStringLimited(CString& s, const CString& find, const CString& replace
     qm::platform::PrepareLargeBlock(result.data(), newLength + 1);
     const std::string& r = replacement.str();
     size_t src = 0;
-    for (long long k = 0; k < count; ++k) {
-        const size_t at = hits[(size_t)k];
+    long long done = 0;
+    auto replaceAt = [&](size_t at) {
         result.append(text.data() + src, at - src);
         result.append(r);
         src = at + f.size();
-    }
+        return ++done < count;
+    };
+    size_t k = 0;
+    while (k < nKept && replaceAt(kept[k])) ++k;
+    if (done < count) finder.All(src, replaceAt);  // the hits past the kept ones
     result.append(text.data() + src, text.size() - src);
     s = CString(std::move(result));
     return (int)count;
