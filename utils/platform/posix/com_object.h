@@ -9,13 +9,18 @@
 
 namespace qm::platform::posixcom {
 
+// Whether an interface was named (a function, so that compilers do not warn that the address
+// of a named IID is never null).
+constexpr bool Named(const IID* iid) { return iid != nullptr; }
+
 template <class Derived, class Interface, const IID* kIid = nullptr>
 class Object : public Interface {
 public:
     HRESULT QueryInterface(REFIID riid, void** ppv) override {
         if (!ppv) return E_POINTER;
         *ppv = nullptr;
-        if (kIid && !IsEqualIID(riid, IID_IUnknown) && !IsEqualIID(riid, *kIid)) return E_NOINTERFACE;
+        if constexpr (Named(kIid))
+            if (!IsEqualIID(riid, IID_IUnknown) && !IsEqualIID(riid, *kIid)) return E_NOINTERFACE;
         *ppv = static_cast<Interface*>(this);
         AddRef();
         return S_OK;
