@@ -9,9 +9,12 @@
 
 namespace qm::platform::posixcom {
 
-// Whether an interface was named (a function, so that compilers do not warn that the address
-// of a named IID is never null).
-constexpr bool Named(const IID* iid) { return iid != nullptr; }
+// Whether an object answers `riid`: IUnknown and the named interface, or anything when none is
+// named. (A function of the pointer: written inline in the template, clang warns that a named
+// IID's address is never null and that the unnamed case dereferences null.)
+inline bool Answers(REFIID riid, const IID* iid) {
+    return !iid || IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, *iid);
+}
 
 template <class Derived, class Interface, const IID* kIid = nullptr>
 class Object : public Interface {
@@ -19,8 +22,7 @@ public:
     HRESULT QueryInterface(REFIID riid, void** ppv) override {
         if (!ppv) return E_POINTER;
         *ppv = nullptr;
-        if constexpr (Named(kIid))
-            if (!IsEqualIID(riid, IID_IUnknown) && !IsEqualIID(riid, *kIid)) return E_NOINTERFACE;
+        if (!Answers(riid, kIid)) return E_NOINTERFACE;
         *ppv = static_cast<Interface*>(this);
         AddRef();
         return S_OK;
