@@ -5,6 +5,10 @@
 // streams and storages here are asked for their own interfaces or IUnknown by the library).
 #pragma once
 
+#include <cstddef>
+#include <utility>
+#include <vector>
+
 #include "utils/framework/objidl.h"
 
 namespace qm::platform::posixcom {
@@ -36,6 +40,49 @@ public:
 
 private:
     ULONG m_refs = 1;
+};
+
+// An enumerator over a list it owns (IEnumFORMATETC, IEnumSTATSTG): Next hands out copies
+// made by `Traits::Copy` (the caller owns them), Clone copies the list and the position, and
+// `Traits::Free` releases each item when the enumerator goes. `Traits::kNoPointer` is the
+// answer to a null output pointer.
+template <class Interface, class Item, class Traits, const IID* kIid = nullptr>
+class ListEnum final : public Object<ListEnum<Interface, Item, Traits, kIid>, Interface, kIid> {
+public:
+    explicit ListEnum(std::vector<Item> items) : m_items(std::move(items)) {}
+    ~ListEnum() {
+        for (Item& item : m_items) Traits::Free(item);
+    }
+    HRESULT Next(ULONG celt, Item* out, ULONG* fetched) override {
+        if (!out) return Traits::kNoPointer;
+        ULONG n = 0;
+        for (; n < celt && m_at < m_items.size(); ++n, ++m_at) out[n] = Traits::Copy(m_items[m_at]);
+        if (fetched) *fetched = n;
+        return n == celt ? S_OK : S_FALSE;
+    }
+    HRESULT Skip(ULONG celt) override {
+        std::size_t left = m_items.size() - m_at;
+        m_at += celt < left ? celt : left;
+        return celt <= left ? S_OK : S_FALSE;
+    }
+    HRESULT Reset() override {
+        m_at = 0;
+        return S_OK;
+    }
+    HRESULT Clone(Interface** out) override {
+        if (!out) return Traits::kNoPointer;
+        std::vector<Item> items;
+        items.reserve(m_items.size());
+        for (const Item& item : m_items) items.push_back(Traits::Copy(item));
+        auto* copy = new ListEnum(std::move(items));
+        copy->m_at = m_at;
+        *out = copy;
+        return S_OK;
+    }
+
+private:
+    std::vector<Item> m_items;
+    std::size_t m_at = 0;
 };
 
 // IStream::CopyTo for any stream: up to `cb` bytes from `from`'s seek position through its

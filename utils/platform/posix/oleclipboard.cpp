@@ -17,37 +17,13 @@ namespace qm::platform {
 
 namespace {
 
-class FormatEnum final : public posixcom::Object<FormatEnum, IEnumFORMATETC, &IID_IEnumFORMATETC> {
-public:
-    explicit FormatEnum(std::vector<FORMATETC> items) : m_items(std::move(items)) {}
-    HRESULT Next(ULONG celt, FORMATETC* out, ULONG* fetched) override {
-        if (!out) return E_POINTER;
-        ULONG n = 0;
-        for (; n < celt && m_at < m_items.size(); ++n) out[n] = m_items[m_at++];
-        if (fetched) *fetched = n;
-        return n == celt ? S_OK : S_FALSE;
-    }
-    HRESULT Skip(ULONG celt) override {
-        std::size_t left = m_items.size() - m_at;
-        m_at += celt < left ? celt : left;
-        return celt <= left ? S_OK : S_FALSE;
-    }
-    HRESULT Reset() override {
-        m_at = 0;
-        return S_OK;
-    }
-    HRESULT Clone(IEnumFORMATETC** out) override {
-        if (!out) return E_POINTER;
-        auto* copy = new FormatEnum(m_items);
-        copy->m_at = m_at;
-        *out = copy;
-        return S_OK;
-    }
-
-private:
-    std::vector<FORMATETC> m_items;
-    std::size_t m_at = 0;
+// The clipboard's formats hold no target device: they are copied as they are.
+struct FormatCopies {
+    static constexpr HRESULT kNoPointer = E_POINTER;
+    static FORMATETC Copy(const FORMATETC& f) { return f; }
+    static void Free(FORMATETC&) {}
 };
+using FormatEnum = posixcom::ListEnum<IEnumFORMATETC, FORMATETC, FormatCopies, &IID_IEnumFORMATETC>;
 
 DWORD TymedOf(UINT format) { return format == CF_METAFILEPICT ? TYMED_MFPICT : TYMED_HGLOBAL; }
 

@@ -375,56 +375,22 @@ private:
     ULONGLONG m_pos = 0;
 };
 
-class ElementEnum final : public posixcom::Object<ElementEnum, IEnumSTATSTG> {
-public:
-    explicit ElementEnum(std::vector<STATSTG> items) : m_items(std::move(items)) {}
-    ~ElementEnum() {
-        for (auto& s : m_items) TaskMemFree(s.pwcsName);
-    }
-    HRESULT Next(ULONG celt, STATSTG* out, ULONG* fetched) override {
-        if (!out) return STG_E_INVALIDPOINTER;
-        ULONG n = 0;
-        for (; n < celt && m_at < m_items.size(); ++n, ++m_at) {
-            out[n] = m_items[m_at];
-            out[n].pwcsName = CopyName(m_items[m_at].pwcsName);
-        }
-        if (fetched) *fetched = n;
-        return n == celt ? S_OK : S_FALSE;
-    }
-    HRESULT Skip(ULONG celt) override {
-        std::size_t left = m_items.size() - m_at;
-        m_at += std::min<std::size_t>(celt, left);
-        return celt <= left ? S_OK : S_FALSE;
-    }
-    HRESULT Reset() override {
-        m_at = 0;
-        return S_OK;
-    }
-    // The same list (names copied) at the same place.
-    HRESULT Clone(IEnumSTATSTG** out) override {
-        if (!out) return STG_E_INVALIDPOINTER;
-        std::vector<STATSTG> items = m_items;
-        for (STATSTG& s : items) s.pwcsName = CopyName(s.pwcsName);
-        auto* copy = new ElementEnum(std::move(items));
-        copy->m_at = m_at;
-        *out = copy;
-        return S_OK;
-    }
-
-private:
-    // A task-memory copy of a name (the caller frees it), or null.
-    static LPOLESTR CopyName(const OLECHAR* name) {
-        if (!name) return nullptr;
+// Each element handed out carries a task-memory copy of its name, which the caller frees.
+struct ElementCopies {
+    static constexpr HRESULT kNoPointer = STG_E_INVALIDPOINTER;
+    static STATSTG Copy(const STATSTG& s) {
+        STATSTG copy = s;
+        copy.pwcsName = nullptr;
+        if (!s.pwcsName) return copy;
         std::size_t len = 0;
-        while (name[len]) ++len;
-        auto* copy = (LPOLESTR)TaskMemAlloc((len + 1) * sizeof(OLECHAR));
-        if (copy) std::memcpy(copy, name, (len + 1) * sizeof(OLECHAR));
+        while (s.pwcsName[len]) ++len;
+        copy.pwcsName = (LPOLESTR)TaskMemAlloc((len + 1) * sizeof(OLECHAR));
+        if (copy.pwcsName) std::memcpy(copy.pwcsName, s.pwcsName, (len + 1) * sizeof(OLECHAR));
         return copy;
     }
-
-    std::vector<STATSTG> m_items;
-    std::size_t m_at = 0;
+    static void Free(STATSTG& s) { TaskMemFree(s.pwcsName); }
 };
+using ElementEnum = posixcom::ListEnum<IEnumSTATSTG, STATSTG, ElementCopies>;
 
 HRESULT CopyStorage(IStorage* from, IStorage* to);
 
