@@ -11,6 +11,7 @@
 #include <sys/un.h>
 
 #include <chrono>
+#include <clocale>
 #include <cstdlib>
 #include <string>
 #include <thread>
@@ -184,6 +185,15 @@ TEST_F(AlertBus, NoBusFallsBackToStandardError) {
     testing::internal::CaptureStderr();
     EXPECT_FALSE(WndUtils::ShowAlert("nothing to show it on", WndUtils::ALERT_MESSAGE));
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "test_alert: Message: nothing to show it on\n");
+    // A program that chose a UTF-8 locale gets the line in UTF-8; others get the ANSI bytes.
+    ASSERT_NE(setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(WndUtils::ShowAlert("Caf\xE9 \x80", WndUtils::ALERT_MESSAGE));
+    setlocale(LC_CTYPE, "C");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "test_alert: Message: Caf\xC3\xA9 \xE2\x82\xAC\n");
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(WndUtils::ShowAlert("Caf\xE9", WndUtils::ALERT_MESSAGE));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "test_alert: Message: Caf\xE9\n");
 }
 
 TEST_F(AlertBus, SilentBusDoesNotHoldTheCallerLong) {

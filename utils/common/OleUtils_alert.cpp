@@ -5,6 +5,7 @@
 #include "utils/common/DefaultStrings.h"
 #include "utils/common/WndUtils.h"
 #include "utils/platform/alert.h"
+#include "utils/platform/host.h"
 #include "utils/platform/userfiles.h"
 
 #define QM_SOURCE_MODULE "Common\\OleUtils"
@@ -50,7 +51,8 @@ BOOL WndUtils::ShowAlert(LPCTSTR lpszText, AlertKind kind, UINT nDelayMs) {
     std::string line = program + ": " + (LPCTSTR)title + ": ";
     for (const char* p = lpszText; *p; ++p) line.push_back(*p == '\r' || *p == '\n' ? ' ' : *p);
     line.push_back('\n');
-    std::fputs(line.c_str(), stderr);
+    // In the terminal's character set where the program chose a UTF-8 locale.
+    std::fputs(qm::platform::AnsiToTerminalText(line).c_str(), stderr);
     std::fflush(stderr);
     return FALSE;
 }
