@@ -23,6 +23,13 @@
 // abort the host over a bad file. The decoder stays within its buffers past those checks (the
 // fuzz target runs it under ASan), so they are compiled out in every build, as in a release one.
 #define STBI_ASSERT(x) ((void)0)
+// The decoder's state is allocated zero-filled: a JPEG whose scan names a Huffman table that no
+// table segment defined made the decoder read that table's uninitialised deltas and index far
+// outside its symbol array. Zeroed, such a table decodes every code as symbol 0 of length 0,
+// and the damaged picture comes out as grey blocks instead of a crash.
+#define STBI_MALLOC(size) std::calloc(1, size)
+#define STBI_REALLOC(block, size) std::realloc(block, size)
+#define STBI_FREE(block) std::free(block)
 #include <stb/stb_image.h>
 
 #include "utils/platform/posix/gdi_objects.h"
