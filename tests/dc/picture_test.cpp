@@ -82,6 +82,40 @@ TEST(CreateFromAnyFile, ABmpWrittenBySaveComesBack) {
         for (int x = 0; x < 5; ++x) EXPECT_EQ(bmp.GetPixelColor(CPoint(x, y)), src.GetPixelColor(CPoint(x, y)));
 }
 
+#if !defined(_WIN32)  // Windows' picture loader has no PNM
+TEST(CreateFromAnyFile, ReadsBinaryPnmScaledFromItsMaximum) {
+    using std::string;
+    using namespace std::string_literals;  // the samples hold NUL bytes
+    const struct {
+        string file;
+        std::vector<COLORREF> pixels;
+    } samples[] = {
+        // two-byte samples are big-endian
+        {"P5 2 1 65535\n\x12\x34\xAB\xCD"s, {RGB(0x12, 0x12, 0x12), RGB(0xAB, 0xAB, 0xAB)}},
+        {"P6\n1 1\n1000\n\x00\x00\x01\xF4\x03\xE8"s, {RGB(0, 128, 255)}},
+        {"P5\n# by hand\n3 1 15\r\x00\x07\x0F"s, {RGB(0, 0, 0), RGB(119, 119, 119), RGB(255, 255, 255)}},
+        {"P6 1 2 255\t\x0A\x14\x1E\x28\x32\x3C"s, {RGB(10, 20, 30), RGB(40, 50, 60)}},
+        {"P5 1 1 10 \x0B"s, {RGB(255, 255, 255)}},  // above the maximum
+    };
+    for (const auto& s : samples) {
+        Stream stream(s.file.data(), s.file.size());
+        CDIBitmap bmp;
+        ASSERT_EQ(bmp.CreateFromAnyFile(stream.p), 1) << s.file;
+        ASSERT_EQ((size_t)bmp.GetWidth() * (size_t)bmp.GetHeight(), s.pixels.size()) << s.file;
+        for (int i = 0; i < (int)s.pixels.size(); ++i)
+            EXPECT_EQ(At(bmp, i % bmp.GetWidth(), i / bmp.GetWidth()), s.pixels[(size_t)i]) << s.file << " pixel " << i;
+    }
+    qmtest::RecordingAssertSink asserts;
+    const string refused[] = {"P5 2 1 255\n\x01", "P5 1 1 0\n\x01", "P5 1 1 65536\n\x01\x01", "P5 0 1 255\n",
+                              "P5 1 1 255", "P6 100000 100000 255\n\x01", "P5 1 1 255x\x01"};
+    for (const string& r : refused) {
+        Stream stream(r.data(), r.size());
+        CDIBitmap bmp;
+        EXPECT_EQ(bmp.CreateFromAnyFile(stream.p), 0) << r;
+    }
+}
+#endif
+
 TEST(CreateFromAnyFile, RefusesWhatIsNoPicture) {
     qmtest::RecordingAssertSink asserts;
     const std::string junk[] = {"not a picture at all", std::string("\x89PNG\r\n\x1a\n", 8) + "truncated",

@@ -9,7 +9,7 @@
 #include <vector>
 
 // The formats whose decoders hold up on arbitrary bytes; the others stb_image has (PSD, HDR,
-// PIC, TGA) are left out.
+// PIC, TGA) are left out, and binary PNM is read by LoadPnm below.
 #define STB_IMAGE_IMPLEMENTATION
 #define STBI_NO_STDIO
 #define STBI_FAILURE_USERMSG
@@ -17,7 +17,6 @@
 #define STBI_ONLY_JPEG
 #define STBI_ONLY_GIF
 #define STBI_ONLY_BMP
-#define STBI_ONLY_PNM
 // The decoder's own consistency checks are assert()s, and a damaged JPEG can trip one in the
 // Huffman decoder (a code that does not match its table): in a build without NDEBUG that would
 // abort the host over a bad file. The decoder stays within its buffers past those checks (the
@@ -120,6 +119,70 @@ bool PngChunksFit(const std::vector<unsigned char>& d) {
     return false;  // no end chunk within the data
 }
 
+// Binary PNM: P5 (grey) and P6 (RGB), samples of one byte, or two bytes big-endian when the
+// maximum exceeds 255, scaled from 0..maximum to 0..255. Read here and not by stb_image, whose
+// PNM loader takes two-byte samples in the machine's byte order, ignores a maximum below 255,
+// and widens a two-byte file's channels with its one-byte converter and then reads past that
+// block (a 16-bit PGM crashed the host).
+bool IsPnm(const std::vector<unsigned char>& d) { return d.size() >= 2 && d[0] == 'P' && (d[1] == '5' || d[1] == '6'); }
+
+bool IsPnmBlank(unsigned char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+// Moves pos past whitespace and # comments (to the end of their line); false at the end.
+bool SkipPnmBlanks(const std::vector<unsigned char>& d, size_t& pos) {
+    while (pos < d.size()) {
+        if (d[pos] == '#') {
+            while (pos < d.size() && d[pos] != '\n' && d[pos] != '\r') ++pos;
+        } else if (IsPnmBlank(d[pos])) {
+            ++pos;
+        } else {
+            return true;
+        }
+    }
+    return false;
+}
+
+// A decimal header field of 1..limit.
+bool ReadPnmField(const std::vector<unsigned char>& d, size_t& pos, std::uint64_t limit, std::uint64_t& out) {
+    if (!SkipPnmBlanks(d, pos) || d[pos] < '0' || d[pos] > '9') return false;
+    out = 0;
+    for (; pos < d.size() && d[pos] >= '0' && d[pos] <= '9'; ++pos)
+        if ((out = out * 10 + (d[pos] - '0')) > limit) return false;
+    return out >= 1;
+}
+
+Picture* LoadPnm(const std::vector<unsigned char>& d) {
+    const size_t channels = d[1] == '6' ? 3 : 1;
+    size_t pos = 2;
+    std::uint64_t width = 0, height = 0, maximum = 0;
+    if (!ReadPnmField(d, pos, 1u << 24, width) || !ReadPnmField(d, pos, 1u << 24, height) ||
+        !ReadPnmField(d, pos, 65535, maximum) || width * height > g_maxPixels.load())
+        return nullptr;
+    // One whitespace byte ends the header; the raster follows it.
+    if (pos >= d.size() || !IsPnmBlank(d[pos])) return nullptr;
+    ++pos;
+    const size_t sampleSize = maximum > 255 ? 2 : 1, samples = (size_t)(width * height) * channels;
+    if ((d.size() - pos) / sampleSize < samples) return nullptr;  // a raster cut short
+    // Each sample through a table; values above the maximum (not allowed) come out white.
+    std::vector<unsigned char> scaled((size_t)maximum + 1);
+    for (std::uint64_t v = 0; v <= maximum; ++v) scaled[(size_t)v] = (unsigned char)((v * 255 + maximum / 2) / maximum);
+    auto sample = [&](size_t i) -> unsigned {
+        const unsigned char* q = &d[pos + i * sampleSize];
+        unsigned v = sampleSize == 2 ? (unsigned)q[0] << 8 | q[1] : q[0];
+        return v <= maximum ? scaled[v] : 255u;
+    };
+    auto* p = new Picture;
+    p->width = (int)width;
+    p->height = (int)height;
+    p->pixels.resize((size_t)(width * height));
+    for (size_t i = 0; i < p->pixels.size(); ++i) {
+        const size_t at = i * channels;
+        const std::uint32_t r = sample(at), g = channels == 3 ? sample(at + 1) : r, b = channels == 3 ? sample(at + 2) : r;
+        p->pixels[i] = 0xFF000000u | r << 16 | g << 8 | b;
+    }
+    return p;
+}
+
 // HIMETRIC extent of a pixel count at the screen's 96 pixels per inch.
 LONG ToHimetric(int px) { return MulDiv(px, 2540, gdi::kLogPixels); }
 
@@ -131,6 +194,7 @@ Picture* PictureLoad(IStream* stream) {
     std::vector<unsigned char> data;
     if (!stream || !ReadAll(stream, data) || data.empty() || data.size() > 0x7FFFFFFF) return nullptr;
     if (data.size() >= 2 && data[0] == 0xFF && data[1] == 0xD8 && !JpegTablesSane(data)) return nullptr;
+    if (IsPnm(data)) return LoadPnm(data);
     if (!PngChunksFit(data)) return nullptr;
     int w = 0, h = 0, n = 0;
     if (!stbi_info_from_memory(data.data(), (int)data.size(), &w, &h, &n) || w < 1 || h < 1 ||
