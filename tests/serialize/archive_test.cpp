@@ -1,4 +1,6 @@
 #include <gtest/gtest.h>
+
+#include <algorithm>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -8,6 +10,12 @@
 
 #include "tests/support/recording_sink.h"
 #include "utils/framework/CArchive.h"
+
+#if defined(__linux__)
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 namespace {
 
@@ -187,6 +195,39 @@ TEST(CFile, ArchiveThroughAFileOnDisk) {
         ar >> i >> w;
         EXPECT_EQ(i, 12345);
         EXPECT_EQ(w, 7);
+    }
+    std::remove(name.c_str());
+}
+
+TEST(CFile, SetLengthGrowsWithZerosAndShrinks) {
+    const std::string name = TempName("length");
+    const UINT grown = 1u << 20;
+    {
+        CFile f(name.c_str(), CFile::modeCreate | CFile::modeReadWrite);
+        f.Write("abc", 3);
+        f.SetLength(grown);
+        EXPECT_EQ(f.GetLength(), grown);
+        EXPECT_EQ(f.GetPosition(), 3u);
+        std::vector<char> back(grown, 'x');
+        f.SeekToBegin();
+        ASSERT_EQ(f.Read(back.data(), grown), grown);
+        EXPECT_EQ(std::string(back.data(), 3), "abc");
+        EXPECT_EQ(std::count(back.begin(), back.end(), '\0'), (long)grown - 3);
+#if defined(__linux__)
+        // The grown length has its blocks, where the filesystem reserves blocks at all.
+        const std::string probe = name + ".probe";
+        const int fd = open(probe.c_str(), O_CREAT | O_RDWR, 0600);
+        const bool reserves = fd >= 0 && fallocate(fd, 0, 0, 4096) == 0;
+        if (fd >= 0) close(fd);
+        unlink(probe.c_str());
+        struct stat st {};
+        ASSERT_EQ(stat(name.c_str(), &st), 0);
+        if (reserves) {
+            EXPECT_GE((long long)st.st_blocks * 512, (long long)grown);
+        }
+#endif
+        f.SetLength(2);
+        EXPECT_EQ(f.GetLength(), 2u);
     }
     std::remove(name.c_str());
 }

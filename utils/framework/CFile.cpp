@@ -144,8 +144,10 @@ void CFile::Flush() {
 void CFile::SetLength(ULONGLONG dwNewLen) {
     FILE* f = Stream(m_hFile);
     if (!f) AfxThrowFileException(CFileException::invalidFile);
-    if (dwNewLen > (ULONGLONG)INT64_MAX || std::fflush(f) != 0 || qm::crt::Truncate64(f, (__int64)dwNewLen) != 0)
-        AfxThrowFileException(CFileException::hardIO, errno, m_strFileName);
+    if (dwNewLen > (ULONGLONG)INT64_MAX) AfxThrowFileException(CFileException::hardIO, EFBIG, m_strFileName);
+    if (std::fflush(f) != 0 || qm::crt::Truncate64(f, (__int64)dwNewLen) != 0)
+        AfxThrowFileException(errno == ENOSPC ? CFileException::diskFull : CFileException::hardIO, errno,
+                              m_strFileName);
 }
 
 void CFile::Close() {
