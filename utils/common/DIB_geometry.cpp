@@ -276,7 +276,9 @@ int CDIBitmap::Resize(const CSize& size) {
             size_t inBytes = (size_t)(src->GetBitsSize() - srcStride * from);
             // The kernel writes its part of every row that repeats this one; the rest of
             // those rows is copied from the first.
-            size_t done = wide ? qm::dib::GatherRow24_512(out, in, inBytes, plan, (size_t)copies, (size_t)dstStride) : 0;
+            const int nextFrom = y + copies < size.cy ? rows[(size_t)(y + copies)].first : from;
+            const size_t ahead = nextFrom > from ? (size_t)(srcStride * (std::uint64_t)(nextFrom - from)) : 0;
+            size_t done = wide ? qm::dib::GatherRow24_512(out, in, inBytes, plan, (size_t)copies, (size_t)dstStride, ahead) : 0;
             size_t shared = plan.blocks ? 3 * done : 0;  // bytes already in every copy
             qm::dib::GatherRow24(out + 3 * done, in, inBytes, offsets.data() + done, offsets.size() - done);
             std::memset(out + used, 0, (size_t)(dstStride - used));

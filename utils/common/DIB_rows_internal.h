@@ -92,8 +92,10 @@ void PlanGather24(const std::uint32_t* offsets, std::size_t count, GatherPlan& p
 // GatherRow24 for the planned runs whose window lies inside the `inBytes` readable bytes;
 // returns how many target pixels were written (16 per run, from the first). With repeating
 // blocks the pixels are also written to the `copies` - 1 rows that follow `out` at `outStride`
-// bytes from each other (a row read once for every target row that samples it).
+// bytes from each other (a row read once for every target row that samples it). `ahead`, if
+// not 0, is how many bytes past `in` the next input row to gather starts: that row's windows
+// are prefetched as this row's are read (pieces only).
 std::size_t GatherRow24_512(BYTE* out, const BYTE* in, std::size_t inBytes, const GatherPlan& plan,
-                            std::size_t copies = 1, std::size_t outStride = 0);
+                            std::size_t copies = 1, std::size_t outStride = 0, std::size_t ahead = 0);
 
 }  // namespace qm::dib

@@ -117,7 +117,7 @@ QM_VBMI std::size_t GreyRow24_512(BYTE* row, const BYTE* copy, std::size_t width
 }
 
 QM_VBMI std::size_t GatherRow24_512(BYTE* out, const BYTE* in, std::size_t inBytes, const GatherPlan& plan,
-                                    std::size_t copies, std::size_t outStride) {
+                                    std::size_t copies, std::size_t outStride, std::size_t ahead) {
     if (plan.blocks) {
         const __m512i idx[3] = {_mm512_loadu_si512(plan.blockIndex.data()), _mm512_loadu_si512(plan.blockIndex.data() + 64),
                                 _mm512_loadu_si512(plan.blockIndex.data() + 128)};
@@ -144,6 +144,12 @@ QM_VBMI std::size_t GatherRow24_512(BYTE* out, const BYTE* in, std::size_t inByt
         std::size_t p = 0;
         for (; p < plan.pieces && plan.pieceStart[p] + 128 <= inBytes; ++p) {
             const BYTE* w = in + plan.pieceStart[p];
+            // The same window of the next row sampled, one row ahead: when rows are skipped
+            // (a reduction) the hardware's prefetcher starts cold on every row.
+            if (ahead && plan.pieceStart[p] + ahead + 128 <= inBytes) {
+                _mm_prefetch(reinterpret_cast<const char*>(w + ahead), _MM_HINT_T0);
+                _mm_prefetch(reinterpret_cast<const char*>(w + ahead + 64), _MM_HINT_T0);
+            }
             __m512i idx = _mm512_loadu_si512(plan.pieceIndex.data() + 64 * p);
             __m512i v = _mm512_permutex2var_epi8(_mm512_loadu_si512(w), idx, _mm512_loadu_si512(w + 64));
             BYTE* to = out + 64 * p;
@@ -250,7 +256,7 @@ QM_VBMI std::size_t Palette8To24_512(BYTE* out, const BYTE* in, std::size_t widt
 
 std::size_t Palette8To24_512(BYTE*, const BYTE*, std::size_t, const BYTE*) { return 0; }
 std::size_t Transpose24x16_512(const BYTE*, std::ptrdiff_t, BYTE*, std::ptrdiff_t, std::size_t) { return 0; }
-std::size_t GatherRow24_512(BYTE*, const BYTE*, std::size_t, const GatherPlan&, std::size_t, std::size_t) { return 0; }
+std::size_t GatherRow24_512(BYTE*, const BYTE*, std::size_t, const GatherPlan&, std::size_t, std::size_t, std::size_t) { return 0; }
 void MapBytes512(BYTE* p, std::size_t n, const BYTE* table) {
     for (std::size_t i = 0; i < n; ++i) p[i] = table[p[i]];
 }
