@@ -120,15 +120,16 @@ TEST(CreateFromAnyFile, RefusesWhatIsNoPicture) {
     qmtest::RecordingAssertSink asserts;
     const std::string junk[] = {"not a picture at all", std::string("\x89PNG\r\n\x1a\n", 8) + "truncated",
                                 std::string("GIF89a\x02\x00", 8), std::string("\xFF\xD8\xFF", 3),
-                                // a Huffman table declaring 510 codes
-                                std::string("\xFF\xD8\xFF\xC4\x00\x13\x00\xFF\xFF", 9) + std::string(14, '\0')};
+                                // a Huffman table declaring 510 codes, also after fill bytes
+                                std::string("\xFF\xD8\xFF\xC4\x00\x13\x00\xFF\xFF", 9) + std::string(14, '\0'),
+                                std::string("\xFF\xFF\xFF\xD8\xFF\xC4\x00\x13\x00\xFF\xFF", 11) + std::string(14, '\0')};
     for (const std::string& j : junk) {
         Stream stream(j.data(), j.size());
         CDIBitmap bmp;
         EXPECT_EQ(bmp.CreateFromAnyFile(stream.p), 0) << j.size();
         EXPECT_FALSE(bmp.IsValid());
     }
-    EXPECT_EQ(asserts.Expressions().size(), 5u);
+    EXPECT_EQ(asserts.Expressions().size(), 6u);
     EXPECT_EQ(asserts.Expressions().front(), "pPicture != NULL");
     CDIBitmap bmp;
     EXPECT_EQ(bmp.CreateFromAnyFile(nullptr), 0);

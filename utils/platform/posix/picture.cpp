@@ -61,11 +61,21 @@ bool ReadAll(IStream* stream, std::vector<unsigned char>& out) {
     return true;
 }
 
+// Where a JPEG's marker segments start (just past its start marker), 0 for data that is no
+// JPEG. The decoder takes any number of 0xFF fill bytes before the start marker, so a check
+// of the first two bytes alone let such a file reach the decoder unchecked.
+size_t JpegBody(const std::vector<unsigned char>& d) {
+    if (d.empty() || d[0] != 0xFF) return 0;
+    size_t i = 1;
+    while (i < d.size() && d[i] == 0xFF) ++i;
+    return i < d.size() && d[i] == 0xD8 ? i + 1 : 0;
+}
+
 // A JPEG whose Huffman tables declare more than 256 codes would make stb_image's table
 // builder write past its arrays: such files are refused before decoding. The walk goes over
-// every marker segment, skipping entropy-coded data after each scan header.
-bool JpegTablesSane(const std::vector<unsigned char>& d) {
-    size_t n = d.size(), pos = 2;
+// every marker segment from `pos`, skipping entropy-coded data after each scan header.
+bool JpegTablesSane(const std::vector<unsigned char>& d, size_t pos) {
+    size_t n = d.size();
     while (pos + 1 < n) {
         if (d[pos] != 0xFF) {
             ++pos;  // entropy-coded data: look for the next marker
@@ -193,7 +203,7 @@ std::uint64_t SetPictureLoadLimit(std::uint64_t pixels) { return g_maxPixels.exc
 Picture* PictureLoad(IStream* stream) {
     std::vector<unsigned char> data;
     if (!stream || !ReadAll(stream, data) || data.empty() || data.size() > 0x7FFFFFFF) return nullptr;
-    if (data.size() >= 2 && data[0] == 0xFF && data[1] == 0xD8 && !JpegTablesSane(data)) return nullptr;
+    if (const size_t body = JpegBody(data); body && !JpegTablesSane(data, body)) return nullptr;
     if (IsPnm(data)) return LoadPnm(data);
     if (!PngChunksFit(data)) return nullptr;
     int w = 0, h = 0, n = 0;
