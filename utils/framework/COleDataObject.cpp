@@ -84,11 +84,8 @@ public:
             // The file stays the source's: the receiver gets a copy of its name and releases
             // it through the source (the file is deleted when the source lets go of it).
             if (!item->medium.lpszFileName) return DV_E_TYMED;
-            std::size_t length = 0;
-            while (item->medium.lpszFileName[length]) ++length;
-            auto* name = static_cast<LPOLESTR>(plat::TaskMemAlloc((length + 1) * sizeof(OLECHAR)));
+            LPOLESTR name = plat::TaskStringCopy(item->medium.lpszFileName);
             if (!name) return E_OUTOFMEMORY;
-            std::memcpy(name, item->medium.lpszFileName, (length + 1) * sizeof(OLECHAR));
             medium->lpszFileName = name;
             medium->pUnkForRelease = static_cast<IDataObject*>(this);
             AddRef();

@@ -40,5 +40,15 @@ HGLOBAL MediumDuplicateData(HGLOBAL block, CLIPFORMAT format);
 // CoTaskMemAlloc / CoTaskMemFree.
 void* TaskMemAlloc(std::size_t bytes);
 void TaskMemFree(void* p);
+// A task-memory copy of a null-terminated OLE string, for the receiver to free with
+// TaskMemFree; null when out of memory.
+inline LPOLESTR TaskStringCopy(LPCOLESTR text) {
+    std::size_t length = 0;
+    while (text[length]) ++length;
+    auto* copy = static_cast<LPOLESTR>(TaskMemAlloc((length + 1) * sizeof(OLECHAR)));
+    if (copy)
+        for (std::size_t i = 0; i <= length; ++i) copy[i] = text[i];
+    return copy;
+}
 
 }  // namespace qm::platform

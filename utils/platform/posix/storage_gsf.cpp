@@ -381,11 +381,7 @@ struct ElementCopies {
     static STATSTG Copy(const STATSTG& s) {
         STATSTG copy = s;
         copy.pwcsName = nullptr;
-        if (!s.pwcsName) return copy;
-        std::size_t len = 0;
-        while (s.pwcsName[len]) ++len;
-        copy.pwcsName = (LPOLESTR)TaskMemAlloc((len + 1) * sizeof(OLECHAR));
-        if (copy.pwcsName) std::memcpy(copy.pwcsName, s.pwcsName, (len + 1) * sizeof(OLECHAR));
+        if (s.pwcsName) copy.pwcsName = TaskStringCopy(s.pwcsName);
         return copy;
     }
     static void Free(STATSTG& s) { TaskMemFree(s.pwcsName); }
